@@ -1,0 +1,51 @@
+#include "app/notificationhub.h"
+
+#include <QCoreApplication>
+#include <QThread>
+
+NotificationHub& NotificationHub::shared()
+{
+    static NotificationHub* hub = [] {
+        auto* h = new NotificationHub;
+        if (QCoreApplication* app = QCoreApplication::instance())
+            h->moveToThread(app->thread());
+        return h;
+    }();
+    return *hub;
+}
+
+NotificationHub::NotificationHub(QObject* parent) : QObject(parent)
+{
+    qRegisterMetaType<UpdateCheckResult>();
+}
+
+template <typename Emit>
+void NotificationHub::post(Emit emitOnHubThread)
+{
+    // Posted on the hub's thread, observers run before post returns, as with a
+    // synchronous notification centre; from elsewhere the post hops over.
+    if (QThread::currentThread() == thread())
+        emitOnHubThread();
+    else
+        QMetaObject::invokeMethod(this, emitOnHubThread, Qt::QueuedConnection);
+}
+
+void NotificationHub::postHotkeyModeChanged()
+{
+    post([this] { emit hotkeyModeChanged(); });
+}
+
+void NotificationHub::postMenuBarIconVisibilityChanged()
+{
+    post([this] { emit menuBarIconVisibilityChanged(); });
+}
+
+void NotificationHub::postAnalyticsOptInChanged(bool enabled)
+{
+    post([this, enabled] { emit analyticsOptInChanged(enabled); });
+}
+
+void NotificationHub::postUpdateAvailable(const UpdateCheckResult& update)
+{
+    post([this, update] { emit updateAvailable(update); });
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QHashFunctions>
+#include <QString>
+
+#include <optional>
+
+class KeyboardLayout;
+class SettingsStore;
+
+// The user's own key combination: a layout-independent key code plus the
+// modifier flags that must be held.
+struct CustomShortcut {
+    quint16 keyCode = 0;
+    quint64 modifiers = 0;
+
+    // The stored shortcut, or nothing unless a key code in 0…65535 and
+    // modifiers of at least 1 are stored.
+    static std::optional<CustomShortcut> load(const SettingsStore& store);
+    // Writes the key code, then the modifiers. Nothing ever removes them.
+    void save(SettingsStore& store) const;
+
+    friend bool operator==(const CustomShortcut&, const CustomShortcut&) = default;
+};
+
+size_t qHash(const CustomShortcut& shortcut, size_t seed = 0);
+
+// ⌃ ⌥ ⇧ ⌘ for the modifier flags set, in that fixed order.
+QString modifierGlyphs(quint64 modifiers);
+
+// What the key types on the active layout, upper-cased; "?" when it types nothing.
+QString keyboardLayoutCharacter(quint16 keyCode, const KeyboardLayout& layout);
+
+// Modifier glyphs followed by the key's name, or the layout's character for it.
+QString shortcutText(const CustomShortcut& shortcut, const KeyboardLayout& layout);

@@ -1,0 +1,3 @@
+#include "platform/accessibilityelement.h"
+
+AccessibilityElement::~AccessibilityElement() = default;

@@ -1,0 +1,3 @@
+#include "platform/keyboardlayout.h"
+
+KeyboardLayout::~KeyboardLayout() = default;
