@@ -1,0 +1,124 @@
+#include "menu/accessibilityservice.h"
+
+#include "menu/shortcuttext.h"
+#include "platform/accessibility.h"
+#include "platform/clock.h"
+
+AccessibilityService::AccessibilityService(Accessibility& accessibility)
+    : AccessibilityService(accessibility, Clock::wall())
+{
+}
+
+AccessibilityService::AccessibilityService(Accessibility& accessibility, const Clock& wallClock)
+    : accessibility_(accessibility), clock_(wallClock)
+{
+}
+
+std::optional<CachedMenuItems> AccessibilityService::cache() const
+{
+    QMutexLocker lock(&cacheMutex_);
+    return cache_;
+}
+
+QList<MenuItem> AccessibilityService::getMenuItems(const std::optional<RunningApplication>& target)
+{
+    const std::optional<RunningApplication> app = target ? target : accessibility_.frontmostApplication();
+    if (!app)
+        return {};
+    const qint32 pid = app->processIdentifier;
+    const QString appName = app->localizedName.value_or(QStringLiteral("Unknown"));
+    const std::optional<QString> bundleID = app->bundleIdentifier;
+
+    {
+        QMutexLocker lock(&cacheMutex_);
+        if (cache_ && cache_->pid == pid && clock_.seconds() - cache_->timestamp < cacheTTL)
+            return cache_->items;
+    }
+
+    const AttributeRead menuBar = accessibility_.copyAttributeValue(accessibility_.applicationElement(pid), AXName::menuBar);
+    const auto* bar = menuBar.as<AccessibilityElementRef>();
+    if (!bar || !*bar)
+        return {};
+
+    QList<MenuItem> result;
+    const QList<AccessibilityElementRef> menus = readChildren(*bar);
+    const int skipped = accessibility_.skippedLeadingMenus();
+    for (qsizetype i = 0; i < menus.size(); ++i) {
+        const QString title = readText(menus[i], AXName::title).value_or(QString());
+        if (title.isEmpty() || i < skipped)
+            continue;
+        collectMenuItems(menus[i], {title}, appName, bundleID, result);
+    }
+
+    QMutexLocker lock(&cacheMutex_);
+    cache_ = CachedMenuItems{result, clock_.seconds(), pid};
+    return result;
+}
+
+void AccessibilityService::collectMenuItems(const AccessibilityElementRef& element, const QStringList& path,
+                                            const QString& appName, const std::optional<QString>& bundleID,
+                                            QList<MenuItem>& result)
+{
+    for (const AccessibilityElementRef& child : readChildren(element)) {
+        const std::optional<QString> role = readText(child, AXName::role);
+        if (!role)
+            continue;
+        if (*role == AXName::roleMenu) {
+            collectMenuItems(child, path, appName, bundleID, result);
+            continue;
+        }
+        if (*role != AXName::roleMenuItem)
+            continue;
+        const std::optional<QString> title = readText(child, AXName::title);
+        if (!title || title->isEmpty())
+            continue;
+        const bool enabled = readEnabled(child);
+        const std::optional<QString> shortcut = readShortcut(child);
+        const QStringList itemPath = path + QStringList{*title};
+        if (readChildren(child).isEmpty())
+            result.append(MenuItem{QUuid::createUuid(), *title, itemPath, shortcut, enabled, appName, bundleID, child});
+        else
+            collectMenuItems(child, itemPath, appName, bundleID, result);
+    }
+}
+
+QList<AccessibilityElementRef> AccessibilityService::readChildren(const AccessibilityElementRef& element)
+{
+    const AttributeRead read = accessibility_.copyAttributeValue(element, AXName::children);
+    const auto* children = read.as<QList<AccessibilityElementRef>>();
+    return children ? *children : QList<AccessibilityElementRef>{};
+}
+
+bool AccessibilityService::readEnabled(const AccessibilityElementRef& element)
+{
+    const AttributeRead read = accessibility_.copyAttributeValue(element, AXName::enabled);
+    const bool* enabled = read.as<bool>();
+    return enabled && *enabled;
+}
+
+std::optional<QString> AccessibilityService::readShortcut(const AccessibilityElementRef& element)
+{
+    const AttributeRead modifiersRead = accessibility_.copyAttributeValue(element, AXName::menuItemCmdModifiers);
+    const qint64* modifiers = modifiersRead.as<qint64>();
+    const qint64 mask = modifiers ? *modifiers : 0;
+    const std::optional<QString> character = readText(element, AXName::menuItemCmdChar);
+    if (character && !character->isEmpty())
+        return menuShortcutText(*character, mask);
+    const AttributeRead keyRead = accessibility_.copyAttributeValue(element, AXName::menuItemCmdVirtualKey);
+    if (const qint64* virtualKey = keyRead.as<qint64>())
+        return menuShortcutText(*virtualKey, mask);
+    return std::nullopt;
+}
+
+void AccessibilityService::openAccessibilitySettings()
+{
+    accessibility_.openAccessibilitySettings();
+}
+
+std::optional<QString> AccessibilityService::readText(const AccessibilityElementRef& element, const QString& attribute)
+{
+    const AttributeRead read = accessibility_.copyAttributeValue(element, attribute);
+    if (const QString* text = read.as<QString>())
+        return *text;
+    return std::nullopt;
+}

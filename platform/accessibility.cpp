@@ -1,0 +1,3 @@
+#include "platform/accessibility.h"
+
+Accessibility::~Accessibility() = default;

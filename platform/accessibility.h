@@ -1,0 +1,76 @@
+#pragma once
+
+#include "platform/accessibilityelement.h"
+#include "platform/runningapplication.h"
+
+#include <QList>
+#include <QString>
+
+#include <optional>
+#include <variant>
+
+// Attribute and action names of the accessibility interface.
+namespace AXName {
+inline const QString menuBar = QStringLiteral("AXMenuBar");
+inline const QString children = QStringLiteral("AXChildren");
+inline const QString role = QStringLiteral("AXRole");
+inline const QString title = QStringLiteral("AXTitle");
+inline const QString enabled = QStringLiteral("AXEnabled");
+inline const QString menuItemCmdModifiers = QStringLiteral("AXMenuItemCmdModifiers");
+inline const QString menuItemCmdChar = QStringLiteral("AXMenuItemCmdChar");
+inline const QString menuItemCmdVirtualKey = QStringLiteral("AXMenuItemCmdVirtualKey");
+inline const QString roleMenu = QStringLiteral("AXMenu");
+inline const QString roleMenuItem = QStringLiteral("AXMenuItem");
+inline const QString roleMenuBarItem = QStringLiteral("AXMenuBarItem");
+inline const QString press = QStringLiteral("AXPress");
+} // namespace AXName
+
+enum class AccessibilityError {
+    success = 0,
+    failure,
+    invalidElement,   // the element is gone
+    cannotComplete,   // the application did not answer
+    attributeUnsupported,
+    actionUnsupported,
+    noValue,
+};
+
+// An attribute's value: absent, or one of the types attributes have.
+using AccessibilityValue =
+    std::variant<std::monostate, AccessibilityElementRef, QList<AccessibilityElementRef>, QString, qint64, bool>;
+
+struct AttributeRead {
+    AccessibilityError error = AccessibilityError::failure;
+    AccessibilityValue value;
+
+    bool ok() const { return error == AccessibilityError::success; }
+    template <typename T>
+    const T* as() const { return ok() ? std::get_if<T>(&value) : nullptr; }
+};
+
+// Other applications' user interfaces, read and operated from outside.
+class Accessibility {
+public:
+    virtual ~Accessibility();
+
+    // The root element of the application with this process id.
+    virtual AccessibilityElementRef applicationElement(qint32 pid) = 0;
+    // One attribute of an element: an error code and, on success, a value that
+    // may still be absent or of an unexpected type.
+    virtual AttributeRead copyAttributeValue(const AccessibilityElementRef& element, const QString& attribute) = 0;
+    // Asks the element to perform an action.
+    virtual AccessibilityError performAction(const AccessibilityElementRef& element, const QString& action) = 0;
+
+    // Whether this program may read and operate other applications.
+    virtual bool isProcessTrusted() = 0;
+    // Asks the system to grant that, showing its own prompt where it has one.
+    virtual void requestTrust() = 0;
+    // The application the user is working in, if any.
+    virtual std::optional<RunningApplication> frontmostApplication() = 0;
+    // Opens the system's accessibility settings, where it has them.
+    virtual void openAccessibilitySettings() = 0;
+
+    // Leading menu-bar menus that belong to the system, not the application,
+    // and are never searched.
+    virtual int skippedLeadingMenus() const = 0;
+};

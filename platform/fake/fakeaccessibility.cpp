@@ -1,0 +1,120 @@
+#include "platform/fake/fakeaccessibility.h"
+
+namespace {
+
+QList<AccessibilityElementRef> refs(std::initializer_list<std::shared_ptr<FakeElement>> elements)
+{
+    QList<AccessibilityElementRef> list;
+    for (const auto& e : elements)
+        list.append(e);
+    return list;
+}
+
+std::shared_ptr<FakeElement> element(const QString& role, const QString& title)
+{
+    auto e = std::make_shared<FakeElement>();
+    e->set(AXName::role, role);
+    e->set(AXName::title, title);
+    return e;
+}
+
+} // namespace
+
+void FakeElement::set(const QString& attribute, AccessibilityValue value)
+{
+    attributes.insert(attribute, AttributeRead{AccessibilityError::success, std::move(value)});
+}
+
+std::shared_ptr<FakeElement> FakeElement::menuBar(std::initializer_list<std::shared_ptr<FakeElement>> menus)
+{
+    auto bar = std::make_shared<FakeElement>();
+    bar->set(AXName::role, QStringLiteral("AXMenuBar"));
+    bar->set(AXName::children, refs(menus));
+    return bar;
+}
+
+std::shared_ptr<FakeElement> FakeElement::barMenu(const QString& title, std::initializer_list<std::shared_ptr<FakeElement>> items)
+{
+    auto menu = element(AXName::roleMenu, QString());
+    menu->set(AXName::children, refs(items));
+    auto entry = element(AXName::roleMenuBarItem, title);
+    entry->set(AXName::children, QList<AccessibilityElementRef>{menu});
+    return entry;
+}
+
+std::shared_ptr<FakeElement> FakeElement::item(const QString& title, bool enabled)
+{
+    auto e = element(AXName::roleMenuItem, title);
+    e->set(AXName::enabled, enabled);
+    return e;
+}
+
+std::shared_ptr<FakeElement> FakeElement::submenu(const QString& title, std::initializer_list<std::shared_ptr<FakeElement>> items)
+{
+    auto menu = element(AXName::roleMenu, QString());
+    menu->set(AXName::children, refs(items));
+    auto e = item(title);
+    e->set(AXName::children, QList<AccessibilityElementRef>{menu});
+    return e;
+}
+
+std::shared_ptr<FakeElement> FakeElement::separator()
+{
+    return item(QString());
+}
+
+std::shared_ptr<FakeElement> FakeElement::withRole(const QString& role, const QString& title)
+{
+    return element(role, title);
+}
+
+void FakeAccessibility::addApplication(qint32 pid, std::shared_ptr<FakeElement> menuBar)
+{
+    auto app = std::make_shared<FakeElement>();
+    app->set(QStringLiteral("AXRole"), QStringLiteral("AXApplication"));
+    if (menuBar)
+        app->set(AXName::menuBar, AccessibilityElementRef(menuBar));
+    QMutexLocker lock(&mutex_);
+    applications_.insert(pid, app);
+}
+
+std::shared_ptr<FakeElement> FakeAccessibility::application(qint32 pid) const
+{
+    QMutexLocker lock(&mutex_);
+    return applications_.value(pid);
+}
+
+AccessibilityElementRef FakeAccessibility::applicationElement(qint32 pid)
+{
+    if (auto app = application(pid))
+        return app;
+    // Like the platform, any pid gives an element; reading it fails.
+    auto nobody = std::make_shared<FakeElement>();
+    nobody->vanished = true;
+    return nobody;
+}
+
+AttributeRead FakeAccessibility::copyAttributeValue(const AccessibilityElementRef& element, const QString& attribute)
+{
+    {
+        QMutexLocker lock(&mutex_);
+        ++attributeReads;
+    }
+    const auto* fake = dynamic_cast<const FakeElement*>(element.get());
+    if (!fake || fake->vanished)
+        return {AccessibilityError::invalidElement, {}};
+    if (!trusted)
+        return {AccessibilityError::cannotComplete, {}};
+    return fake->attributes.value(attribute, AttributeRead{AccessibilityError::noValue, {}});
+}
+
+AccessibilityError FakeAccessibility::performAction(const AccessibilityElementRef& element, const QString& action)
+{
+    const auto* fake = dynamic_cast<const FakeElement*>(element.get());
+    if (!fake || fake->vanished)
+        return AccessibilityError::invalidElement;
+    if (action != AXName::press)
+        return AccessibilityError::actionUnsupported;
+    ++fake->pressCount;
+    return fake->pressResult;
+}

@@ -1,0 +1,236 @@
+#include "menu/accessibilityservice.h"
+#include "platform/fake/fakeaccessibility.h"
+#include "platform/fake/fakeclock.h"
+
+#include <QThread>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using E = FakeElement;
+
+constexpr qint32 kPid = 42;
+const RunningApplication kEditor{kPid, "Editor", "org.editor"};
+
+struct Row {
+    QString path;
+    std::optional<QString> shortcut;
+    bool enabled;
+};
+
+std::vector<Row> rows(const QList<MenuItem>& items)
+{
+    std::vector<Row> out;
+    for (const MenuItem& item : items)
+        out.push_back({item.pathKey(), item.shortcut, item.isEnabled});
+    return out;
+}
+
+bool operator==(const Row& a, const Row& b)
+{
+    return a.path == b.path && a.shortcut == b.shortcut && a.enabled == b.enabled;
+}
+
+void PrintTo(const Row& r, std::ostream* os)
+{
+    *os << r.path.toStdString() << " [" << r.shortcut.value_or("-").toStdString() << "]" << (r.enabled ? "" : " disabled");
+}
+
+std::shared_ptr<FakeElement> withShortcut(std::shared_ptr<FakeElement> item, std::optional<QString> character,
+                                          std::optional<qint64> virtualKey, std::optional<qint64> modifiers)
+{
+    if (character)
+        item->set(AXName::menuItemCmdChar, *character);
+    if (virtualKey)
+        item->set(AXName::menuItemCmdVirtualKey, *virtualKey);
+    if (modifiers)
+        item->set(AXName::menuItemCmdModifiers, *modifiers);
+    return item;
+}
+
+class AccessibilityServiceTest : public testing::Test {
+protected:
+    FakeAccessibility ax;
+    FakeClock clock;
+    AccessibilityService service{ax, clock};
+
+    // System menu and application menu first, as the platform's bars have.
+    void addEditor(std::initializer_list<std::shared_ptr<FakeElement>> menus, qint32 pid = kPid)
+    {
+        auto bar = E::menuBar({E::barMenu("Apple", {E::item("About This Mac")}), E::barMenu("Editor", {E::item("Quit")})});
+        auto children = *bar->attributes[AXName::children].as<QList<AccessibilityElementRef>>();
+        for (const auto& m : menus)
+            children.append(m);
+        bar->set(AXName::children, children);
+        ax.addApplication(pid, bar);
+    }
+};
+
+TEST_F(AccessibilityServiceTest, WalksMenusDepthFirstWithPathsShortcutsAndStates)
+{
+    auto disabled = E::item("Paste", false);
+    addEditor({
+        E::barMenu("File", {
+            withShortcut(E::item("Save"), "s", std::nullopt, std::nullopt),
+            withShortcut(E::item("Save As…"), "s", std::nullopt, 1),
+            E::separator(),
+            E::submenu("Recent", {E::item("a.txt"), E::separator(), E::item("Clear")}),
+            E::withRole("AXUnknown", "Ghost"),
+            E::withRole("AXMenuBarItem", "Stray"),
+        }),
+        E::barMenu("", {E::item("Hidden")}), // no title: skipped even after the first two
+        E::barMenu("Edit", {disabled, withShortcut(E::item("Close"), std::nullopt, 53, 8)}),
+        E::barMenu("View", {withShortcut(E::item("Full Screen"), "", 122, 0)}),
+    });
+
+    const QList<MenuItem> items = service.getMenuItems(kEditor);
+    EXPECT_EQ(rows(items), (std::vector<Row>{
+        {"File → Save", "⌘S", true},
+        {"File → Save As…", "⇧⌘S", true},
+        {"File → Recent → a.txt", std::nullopt, true},
+        {"File → Recent → Clear", std::nullopt, true},
+        {"Edit → Paste", std::nullopt, false},
+        {"Edit → Close", "⎋", true},
+        {"View → Full Screen", "⌘F1", true}, // an empty character falls back to the virtual key
+    }));
+    ASSERT_FALSE(items.isEmpty());
+    EXPECT_EQ(items[0].appName, "Editor");
+    EXPECT_EQ(items[0].appBundleID, "org.editor");
+    EXPECT_EQ(items[4].axElement.get(), disabled.get());
+}
+
+TEST_F(AccessibilityServiceTest, OddAttributesFallBackToDefaults)
+{
+    auto noEnabled = E::item("No State");
+    noEnabled->attributes.remove(AXName::enabled);
+    auto textEnabled = E::item("Text State");
+    textEnabled->set(AXName::enabled, QStringLiteral("yes"));
+    auto numericTitle = E::item("x");
+    numericTitle->set(AXName::title, qint64(5));
+    auto noRole = E::item("No Role");
+    noRole->attributes.remove(AXName::role);
+    auto badModifiers = withShortcut(E::item("Odd Mask"), "k", std::nullopt, std::nullopt);
+    badModifiers->set(AXName::menuItemCmdModifiers, QStringLiteral("4"));
+    auto failingChildren = E::submenu("Broken", {E::item("Inside")});
+    failingChildren->attributes[AXName::children].error = AccessibilityError::cannotComplete;
+    addEditor({E::barMenu("Tools", {noEnabled, textEnabled, numericTitle, noRole, badModifiers, failingChildren})});
+
+    EXPECT_EQ(rows(service.getMenuItems(kEditor)), (std::vector<Row>{
+        {"Tools → No State", std::nullopt, false},
+        {"Tools → Text State", std::nullopt, false},
+        {"Tools → Odd Mask", "⌘K", true},
+        {"Tools → Broken", std::nullopt, true}, // its children could not be read: a command
+    }));
+}
+
+TEST_F(AccessibilityServiceTest, LeadingMenusSkippedAreTheBackendsCount)
+{
+    addEditor({E::barMenu("File", {E::item("Open")})});
+    ax.leadingMenus = 0;
+    const QList<MenuItem> items = service.getMenuItems(kEditor);
+    ASSERT_EQ(items.size(), 3);
+    EXPECT_EQ(items[0].pathKey(), "Apple → About This Mac");
+}
+
+TEST_F(AccessibilityServiceTest, TargetDefaultsAndNames)
+{
+    addEditor({E::barMenu("File", {E::item("Open")})});
+    EXPECT_TRUE(service.getMenuItems(std::nullopt).isEmpty()); // nothing frontmost
+    EXPECT_FALSE(service.cache());
+
+    ax.frontmost = RunningApplication{kPid, std::nullopt, std::nullopt};
+    const QList<MenuItem> items = service.getMenuItems(std::nullopt);
+    ASSERT_EQ(items.size(), 1);
+    EXPECT_EQ(items[0].appName, "Unknown");
+    EXPECT_EQ(items[0].appBundleID, std::nullopt);
+}
+
+TEST_F(AccessibilityServiceTest, OnlySystemMenusGiveAnEmptyListThatIsCached)
+{
+    addEditor({});
+    EXPECT_TRUE(service.getMenuItems(kEditor).isEmpty());
+    ASSERT_TRUE(service.cache());
+    EXPECT_EQ(service.cache()->pid, kPid);
+    EXPECT_TRUE(service.cache()->items.isEmpty());
+}
+
+TEST_F(AccessibilityServiceTest, CacheServesTheSamePidForLessThanTwoSeconds)
+{
+    addEditor({E::barMenu("File", {E::item("Open")})});
+    const QList<MenuItem> first = service.getMenuItems(kEditor);
+    EXPECT_EQ(service.cache()->timestamp, clock.now);
+
+    clock.advance(1.9);
+    const int readsBefore = ax.attributeReads;
+    const QList<MenuItem> cached = service.getMenuItems(kEditor);
+    EXPECT_EQ(ax.attributeReads, readsBefore);
+    ASSERT_EQ(cached.size(), 1);
+    EXPECT_EQ(cached[0].id, first[0].id);
+
+    clock.advance(0.1); // 2.0 s: read again
+    const QList<MenuItem> fresh = service.getMenuItems(kEditor);
+    ASSERT_EQ(fresh.size(), 1);
+    EXPECT_NE(fresh[0].id, first[0].id);
+    EXPECT_EQ(fresh[0], first[0]);
+}
+
+TEST_F(AccessibilityServiceTest, AnotherPidAlwaysReadsAndReplacesTheCache)
+{
+    addEditor({E::barMenu("File", {E::item("Open")})});
+    addEditor({E::barMenu("Go", {E::item("Back")})}, 7);
+    service.getMenuItems(kEditor);
+    const QList<MenuItem> other = service.getMenuItems(RunningApplication{7, "Viewer", std::nullopt});
+    ASSERT_EQ(other.size(), 1);
+    EXPECT_EQ(other[0].pathKey(), "Go → Back");
+    EXPECT_EQ(service.cache()->pid, 7);
+}
+
+TEST_F(AccessibilityServiceTest, AFailedReadingKeepsTheEarlierCache)
+{
+    addEditor({E::barMenu("File", {E::item("Open")})});
+    const QList<MenuItem> first = service.getMenuItems(kEditor);
+
+    // A process without a menu bar, one that is gone, and an untrusted reader.
+    ax.addApplication(8, nullptr);
+    ax.addApplication(9, nullptr);
+    ax.application(9)->set(AXName::menuBar, QStringLiteral("bar"));
+    EXPECT_TRUE(service.getMenuItems(RunningApplication{8, "A", std::nullopt}).isEmpty());
+    EXPECT_TRUE(service.getMenuItems(RunningApplication{9, "B", std::nullopt}).isEmpty());
+    EXPECT_TRUE(service.getMenuItems(RunningApplication{404, "C", std::nullopt}).isEmpty());
+    ax.trusted = false;
+    EXPECT_TRUE(service.getMenuItems(RunningApplication{10, "D", std::nullopt}).isEmpty());
+
+    clock.advance(1.0);
+    EXPECT_EQ(service.getMenuItems(kEditor)[0].id, first[0].id);
+}
+
+TEST_F(AccessibilityServiceTest, OverlappingReadingsFromSeveralThreads)
+{
+    addEditor({E::barMenu("File", {E::item("Open"), E::item("Close")})});
+    addEditor({E::barMenu("Go", {E::item("Back")})}, 7);
+    std::vector<std::unique_ptr<QThread>> threads;
+    std::atomic<int> wrong = 0;
+    for (int t = 0; t < 4; ++t) {
+        threads.emplace_back(QThread::create([&, t] {
+            for (int i = 0; i < 200; ++i) {
+                const bool editor = (i + t) % 2 == 0;
+                const auto items = service.getMenuItems(editor ? kEditor : RunningApplication{7, "V", std::nullopt});
+                if (items.size() != (editor ? 2 : 1))
+                    ++wrong;
+            }
+        }));
+        threads.back()->start();
+    }
+    for (auto& thread : threads)
+        thread->wait();
+    EXPECT_EQ(wrong, 0);
+}
+
+TEST_F(AccessibilityServiceTest, OpensTheSystemSettings)
+{
+    service.openAccessibilitySettings();
+    EXPECT_EQ(ax.settingsOpened, 1);
+}
+
+} // namespace
