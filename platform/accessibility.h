@@ -28,6 +28,7 @@ inline const QString press = QStringLiteral("AXPress");
 enum class AccessibilityError {
     success = 0,
     failure,
+    illegalArgument,
     invalidElement,   // the element is gone
     cannotComplete,   // the application did not answer
     attributeUnsupported,

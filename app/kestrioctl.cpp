@@ -1,0 +1,157 @@
+// kestrioctl — Kestrio's menu reader and press from the command line, for
+// scripts and tests: the same code the application runs.
+#include "menu/accessibilityservice.h"
+#include "menu/pressmenuitem.h"
+#include "platform/linux/atspiaccessibility.h"
+#include "search/usagetracker.h"
+
+#include <QCoreApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <cstdio>
+
+namespace {
+
+constexpr int kNotFound = 1;
+constexpr int kFailed = 2;
+constexpr int kUsage = 64;
+
+void out(const QString& text)
+{
+    std::fputs(text.toUtf8().constData(), stdout);
+}
+
+void err(const QString& text)
+{
+    std::fputs(text.toUtf8().constData(), stderr);
+}
+
+int usage()
+{
+    err(QStringLiteral("usage: kestrioctl apps\n"
+                       "       kestrioctl menus [--pid N | --name NAME | --active] [--json]\n"
+                       "       kestrioctl press (--pid N | --name NAME | --active) \"Menu → Item\"\n"));
+    return kUsage;
+}
+
+struct Target {
+    std::optional<RunningApplication> app;
+    QString error;
+};
+
+Target resolveTarget(AtspiAccessibility& ax, const QStringList& args)
+{
+    const qsizetype pidAt = args.indexOf(QStringLiteral("--pid"));
+    const qsizetype nameAt = args.indexOf(QStringLiteral("--name"));
+    std::optional<qint32> pid;
+    if (pidAt >= 0) {
+        bool ok = false;
+        pid = args.value(pidAt + 1).toInt(&ok);
+        if (!ok)
+            return {std::nullopt, QStringLiteral("--pid needs a process id")};
+    } else if (nameAt >= 0) {
+        const QString name = args.value(nameAt + 1);
+        for (const auto& app : ax.applications()) {
+            if (app.name.compare(name, Qt::CaseInsensitive) == 0) {
+                pid = app.pid;
+                break;
+            }
+        }
+        if (!pid)
+            return {std::nullopt, QStringLiteral("No application named “%1” on the accessibility bus.").arg(name)};
+    } else {
+        if (auto front = ax.frontmostApplication())
+            return {front, {}};
+        return {std::nullopt, QStringLiteral("No active application.")};
+    }
+    // Name the application as the panel would, from its window where it has one.
+    if (auto app = ax.runningApplicationOf(*pid))
+        return {app, {}};
+    const auto info = ax.application(*pid);
+    if (!info)
+        return {std::nullopt, QStringLiteral("Process %1 is not on the accessibility bus.").arg(*pid)};
+    return {RunningApplication{*pid, info->name, std::nullopt}, {}};
+}
+
+int apps(AtspiAccessibility& ax)
+{
+    for (const auto& app : ax.applications())
+        out(QStringLiteral("%1\t%2\t%3\n").arg(app.pid).arg(app.name, app.toolkit));
+    return 0;
+}
+
+int menus(AtspiAccessibility& ax, const QStringList& args)
+{
+    const Target target = resolveTarget(ax, args);
+    if (!target.app) {
+        err(target.error + u'\n');
+        return kNotFound;
+    }
+    AccessibilityService service(ax);
+    const QList<MenuItem> items = service.getMenuItems(target.app);
+    if (args.contains(QStringLiteral("--json"))) {
+        QJsonArray array;
+        for (const MenuItem& item : items) {
+            array.append(QJsonObject{
+                {"path", item.pathKey()},
+                {"menuPath", QJsonArray::fromStringList(item.menuPath)},
+                {"shortcut", item.shortcut ? QJsonValue(*item.shortcut) : QJsonValue()},
+                {"enabled", item.isEnabled},
+            });
+        }
+        out(QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Indented)));
+        return 0;
+    }
+    for (const MenuItem& item : items) {
+        out(QStringLiteral("%1\t%2\t%3\n")
+                .arg(item.pathKey(), item.shortcut.value_or(QString()),
+                     item.isEnabled ? QStringLiteral("enabled") : QStringLiteral("disabled")));
+    }
+    return 0;
+}
+
+int press(AtspiAccessibility& ax, const QStringList& args)
+{
+    const QString path = args.isEmpty() ? QString() : args.last();
+    if (path.isEmpty() || path.startsWith(QLatin1String("--")))
+        return usage();
+    const Target target = resolveTarget(ax, args.mid(0, args.size() - 1));
+    if (!target.app) {
+        err(target.error + u'\n');
+        return kNotFound;
+    }
+    AccessibilityService service(ax);
+    const QString wanted = path.normalized(QString::NormalizationForm_C);
+    for (const MenuItem& item : service.getMenuItems(target.app)) {
+        if (item.pathKey().normalized(QString::NormalizationForm_C) != wanted)
+            continue;
+        if (pressMenuItem(item, ax, UsageTracker::shared()))
+            return 0;
+        err(QStringLiteral("“%1” could not be pressed%2.\n")
+                .arg(path, item.isEnabled ? QString() : QStringLiteral(" (it is disabled)")));
+        return kFailed;
+    }
+    err(QStringLiteral("No menu item “%1” in %2.\n").arg(path, target.app->localizedName.value_or(QStringLiteral("the application"))));
+    return kNotFound;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication app(argc, argv);
+    QStringList args = app.arguments().mid(1);
+    if (args.isEmpty())
+        return usage();
+    const QString command = args.takeFirst();
+    AtspiAccessibility ax;
+    if (command == QLatin1String("apps"))
+        return apps(ax);
+    if (command == QLatin1String("menus"))
+        return menus(ax, args);
+    if (command == QLatin1String("press"))
+        return press(ax, args);
+    return usage();
+}

@@ -1,0 +1,138 @@
+#include "platform/linux/atspibus.h"
+
+#include <QDBusArgument>
+#include <QDBusError>
+#include <QDBusObjectPath>
+#include <QDBusReply>
+#include <QDBusVariant>
+#include <QHash>
+
+size_t qHash(const AtspiRef& ref, size_t seed)
+{
+    return qHashMulti(seed, ref.bus, ref.path);
+}
+
+AtspiBus::AtspiBus(std::function<QString()> fallbackAddress) : fallbackAddress_(std::move(fallbackAddress)) {}
+
+bool AtspiBus::connect()
+{
+    QMutexLocker lock(&mutex_);
+    if (tried_)
+        return connection_ && connection_->isConnected();
+    tried_ = true;
+
+    QString address;
+    QDBusMessage ask = QDBusMessage::createMethodCall(QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
+                                                      QStringLiteral("org.a11y.Bus"), QStringLiteral("GetAddress"));
+    const QDBusMessage reply = QDBusConnection::sessionBus().call(ask, QDBus::Block, kCallTimeoutMs);
+    if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty())
+        address = reply.arguments().first().toString();
+    if (address.isEmpty())
+        address = qEnvironmentVariable("AT_SPI_BUS_ADDRESS");
+    if (address.isEmpty() && fallbackAddress_)
+        address = fallbackAddress_();
+    if (address.isEmpty())
+        return false;
+
+    QDBusConnection bus = QDBusConnection::connectToBus(address, QStringLiteral("kestrio-a11y"));
+    if (!bus.isConnected())
+        return false;
+    connection_ = bus;
+    return true;
+}
+
+QDBusConnection AtspiBus::connection()
+{
+    connect();
+    QMutexLocker lock(&mutex_);
+    return connection_ ? *connection_ : QDBusConnection(QStringLiteral("kestrio-a11y-none"));
+}
+
+QDBusPendingCall AtspiBus::call(const AtspiRef& target, const QString& interface, const QString& method,
+                                const QVariantList& arguments, int timeoutMs)
+{
+    QDBusMessage message = QDBusMessage::createMethodCall(target.bus, target.path, interface, method);
+    message.setArguments(arguments);
+    return connection().asyncCall(message, timeoutMs);
+}
+
+QDBusPendingCall AtspiBus::property(const AtspiRef& target, const QString& interface, const QString& name)
+{
+    return call(target, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"), {interface, name});
+}
+
+QDBusMessage AtspiBus::callAndWait(const AtspiRef& target, const QString& interface, const QString& method,
+                                   const QVariantList& arguments, int timeoutMs)
+{
+    QDBusPendingCall pending = call(target, interface, method, arguments, timeoutMs);
+    pending.waitForFinished();
+    return pending.reply();
+}
+
+QList<AtspiRef> AtspiBus::applications()
+{
+    if (!connect())
+        return {};
+    const AtspiRef root{QStringLiteral("org.a11y.atspi.Registry"), QStringLiteral("/org/a11y/atspi/accessible/root")};
+    return refsOf(callAndWait(root, QStringLiteral("org.a11y.atspi.Accessible"), QStringLiteral("GetChildren")));
+}
+
+QList<AtspiRef> AtspiBus::refsOf(const QDBusMessage& reply)
+{
+    QList<AtspiRef> refs;
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
+        return refs;
+    const QVariant first = reply.arguments().first();
+    if (!first.canConvert<QDBusArgument>())
+        return refs;
+    const QDBusArgument argument = first.value<QDBusArgument>();
+    if (argument.currentSignature() != QLatin1String("a(so)"))
+        return refs;
+    argument.beginArray();
+    while (!argument.atEnd()) {
+        QString bus;
+        QDBusObjectPath path;
+        argument.beginStructure();
+        argument >> bus >> path;
+        argument.endStructure();
+        refs.append({bus, path.path()});
+    }
+    argument.endArray();
+    return refs;
+}
+
+std::optional<quint64> AtspiBus::statesOf(const QDBusMessage& reply)
+{
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
+        return std::nullopt;
+    const QVariant first = reply.arguments().first();
+    QList<uint> words;
+    if (first.canConvert<QDBusArgument>())
+        words = qdbus_cast<QList<uint>>(first.value<QDBusArgument>());
+    else
+        words = first.value<QList<uint>>();
+    quint64 states = 0;
+    if (!words.isEmpty())
+        states |= words[0];
+    if (words.size() > 1)
+        states |= quint64(words[1]) << 32;
+    return states;
+}
+
+std::optional<QVariant> AtspiBus::valueOf(const QDBusMessage& reply)
+{
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
+        return std::nullopt;
+    QVariant value = reply.arguments().first();
+    if (value.canConvert<QDBusVariant>())
+        value = value.value<QDBusVariant>().variant();
+    return value;
+}
+
+bool AtspiBus::timedOut(const QDBusMessage& reply)
+{
+    if (reply.type() != QDBusMessage::ErrorMessage)
+        return false;
+    const QDBusError::ErrorType type = QDBusError(reply).type();
+    return type == QDBusError::NoReply || type == QDBusError::Timeout || type == QDBusError::TimedOut;
+}

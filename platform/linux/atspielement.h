@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/accessibility.h"
+#include "platform/linux/atspibus.h"
+
+#include <optional>
+
+// An element of another application as Kestrio read it over AT-SPI, already in
+// the shape the menu walk expects (menu bar › entries › menus › items). Menus
+// that a toolkit does not expose as objects of their own are made up here and
+// have no bus object.
+class AtspiElement final : public AccessibilityElement {
+public:
+    enum class Kind { application, node };
+
+    Kind kind = Kind::node;
+    AtspiRef ref;     // null for made-up menus
+    qint32 pid = 0;
+    QString role;     // the walk's role name
+    QString title;
+    bool enabled = false;
+    std::optional<qint64> modifiers;
+    std::optional<QString> keyCharacter;
+    std::optional<qint64> virtualKey;
+    QList<AccessibilityElementRef> children;
+    double readAt = 0; // monotonic seconds when the state was read
+};

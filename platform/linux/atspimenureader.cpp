@@ -1,0 +1,375 @@
+#include "platform/linux/atspimenureader.h"
+
+#include "platform/accessibility.h"
+#include "platform/clock.h"
+#include "platform/linux/atspielement.h"
+#include "platform/linux/keybinding.h"
+
+#include <QDBusArgument>
+#include <QDBusObjectPath>
+
+#include <algorithm>
+
+namespace {
+
+const QString kAccessible = QStringLiteral("org.a11y.atspi.Accessible");
+const QString kAction = QStringLiteral("org.a11y.atspi.Action");
+
+// Bounds that no real menu bar reaches; they keep a misbehaving application
+// from making the reading endless.
+constexpr int kMaxDepth = 16;
+constexpr int kMaxNodes = 50000;
+constexpr int kMaxContainerDepth = 8;
+
+enum Want { wantChildren = 1, wantInfo = 2, wantKeyBinding = 4 };
+enum Call { callChildren, callRole, callState, callName, callKeyBinding };
+
+bool isItemRole(uint role)
+{
+    return role == AtspiRole::menuItem || role == AtspiRole::checkMenuItem || role == AtspiRole::radioMenuItem;
+}
+
+bool isMenuRole(uint role)
+{
+    return role == AtspiRole::menu || role == AtspiRole::popupMenu;
+}
+
+// Windows hold the menu bar inside layout containers; nothing else is searched.
+bool isContainerRole(uint role)
+{
+    switch (role) {
+    case AtspiRole::frame:
+    case AtspiRole::window:
+    case AtspiRole::dialog:
+    case AtspiRole::filler:
+    case AtspiRole::panel:
+    case AtspiRole::scrollPane:
+    case AtspiRole::viewport:
+    case AtspiRole::rootPane:
+    case AtspiRole::layeredPane:
+    case AtspiRole::glassPane:
+    case AtspiRole::splitPane:
+    case AtspiRole::internalFrame:
+    case AtspiRole::optionPane:
+        return true;
+    default:
+        return false;
+    }
+}
+
+AtspiRef readRef(const QDBusArgument& argument)
+{
+    QString bus;
+    QDBusObjectPath path;
+    argument.beginStructure();
+    argument >> bus >> path;
+    argument.endStructure();
+    return {bus, path.path()};
+}
+
+std::shared_ptr<AtspiElement> element(const QString& role, const QString& title, const AtspiRef& ref, qint32 pid,
+                                      double readAt)
+{
+    auto e = std::make_shared<AtspiElement>();
+    e->role = role;
+    e->title = title;
+    e->ref = ref;
+    e->pid = pid;
+    e->readAt = readAt;
+    return e;
+}
+
+} // namespace
+
+AtspiMenuReader::AtspiMenuReader(AtspiBus& bus) : bus_(bus) {}
+
+AccessibilityElementRef AtspiMenuReader::readMenuBar(const AtspiRef& application, qint32 pid)
+{
+    nodes_.clear();
+    if (!bus_.connect() || application.isNull())
+        return nullptr;
+
+    // Qt marks every item of a closed menu invisible, so visibility means nothing there.
+    QDBusPendingCall toolkitCall =
+        bus_.property(application, QStringLiteral("org.a11y.atspi.Application"), QStringLiteral("ToolkitName"));
+    toolkitCall.waitForFinished();
+    const auto toolkit = AtspiBus::valueOf(toolkitCall.reply());
+    honourVisible_ = !(toolkit && toolkit->toString().startsWith(QLatin1String("Qt")));
+
+    fetchFromCache(application);
+    const std::optional<AtspiRef> menuBar = findMenuBar(application);
+    if (!menuBar)
+        return nullptr;
+    fetchSubtree(*menuBar);
+    readAt_ = Clock::monotonic().seconds();
+    return makeMenuBar(*menuBar, pid);
+}
+
+bool AtspiMenuReader::fetchFromCache(const AtspiRef& application)
+{
+    // GTK keeps every object's role, name and state in one cache the whole
+    // application answers in a single call; Qt's is empty.
+    const AtspiRef cache{application.bus, QStringLiteral("/org/a11y/atspi/cache")};
+    const QDBusMessage reply = bus_.callAndWait(cache, QStringLiteral("org.a11y.atspi.Cache"), QStringLiteral("GetItems"));
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
+        return false;
+    const QDBusArgument items = reply.arguments().first().value<QDBusArgument>();
+    const QString signature = items.currentSignature();
+    // Two layouts exist: with child index and count, or with the child list.
+    const bool withCounts = signature == QLatin1String("a((so)(so)(so)iiassusau)");
+    const bool withChildren = signature == QLatin1String("a((so)(so)(so)a(so)assusau)");
+    if (!withCounts && !withChildren)
+        return false;
+
+    items.beginArray();
+    while (!items.atEnd()) {
+        Node node;
+        items.beginStructure();
+        node.ref = readRef(items);
+        readRef(items); // application
+        readRef(items); // parent
+        if (withCounts) {
+            int index = 0, count = 0;
+            items >> index >> count;
+            if (count == 0)
+                node.childrenRead = true; // nothing to ask for
+        } else {
+            items.beginArray();
+            while (!items.atEnd())
+                node.children.append(readRef(items));
+            items.endArray();
+            node.childrenRead = true;
+        }
+        QStringList interfaces;
+        QString name, description;
+        uint role = 0;
+        QList<uint> states;
+        items >> interfaces >> name >> role >> description >> states;
+        items.endStructure();
+        node.name = name;
+        node.role = role;
+        node.states = (states.value(0)) | (quint64(states.value(1)) << 32);
+        nodes_.insert(node.ref, node);
+    }
+    items.endArray();
+    return true;
+}
+
+bool AtspiMenuReader::fetch(const QList<AtspiRef>& refs, int want)
+{
+    struct Pending {
+        AtspiRef ref;
+        Call what;
+        QDBusPendingCall call;
+    };
+    std::vector<Pending> pending;
+    for (const AtspiRef& ref : refs) {
+        if (nodes_.size() >= kMaxNodes)
+            break;
+        Node& node = nodes_[ref];
+        node.ref = ref;
+        if ((want & wantChildren) && !node.childrenRead)
+            pending.push_back({ref, callChildren, bus_.call(ref, kAccessible, QStringLiteral("GetChildren"))});
+        if ((want & wantInfo) && !node.role) {
+            pending.push_back({ref, callRole, bus_.call(ref, kAccessible, QStringLiteral("GetRole"))});
+            pending.push_back({ref, callState, bus_.call(ref, kAccessible, QStringLiteral("GetState"))});
+            pending.push_back({ref, callName, bus_.property(ref, kAccessible, QStringLiteral("Name"))});
+        }
+        if ((want & wantKeyBinding) && !node.keyBindingRead && (!node.role || isItemRole(*node.role)))
+            pending.push_back({ref, callKeyBinding, bus_.call(ref, kAction, QStringLiteral("GetKeyBinding"), {0})});
+    }
+    bool answered = true;
+    for (Pending& p : pending) {
+        p.call.waitForFinished();
+        const QDBusMessage reply = p.call.reply();
+        if (AtspiBus::timedOut(reply))
+            answered = false;
+        Node& node = nodes_[p.ref];
+        const std::optional<QVariant> value = AtspiBus::valueOf(reply);
+        switch (p.what) {
+        case callChildren:
+            node.children = AtspiBus::refsOf(reply);
+            node.childrenRead = true;
+            break;
+        case callRole:
+            if (value)
+                node.role = value->toUInt();
+            break;
+        case callState:
+            node.states = AtspiBus::statesOf(reply);
+            break;
+        case callName:
+            if (value)
+                node.name = value->toString();
+            break;
+        case callKeyBinding:
+            if (value)
+                node.keyBinding = value->toString();
+            node.keyBindingRead = true;
+            break;
+        }
+    }
+    return answered;
+}
+
+std::optional<AtspiRef> AtspiMenuReader::findMenuBar(const AtspiRef& application)
+{
+    if (!fetch({application}, wantChildren))
+        return std::nullopt;
+    const QList<AtspiRef> windows = nodes_.value(application).children;
+    if (!fetch(windows, wantInfo))
+        return std::nullopt;
+
+    // The active window first; then the others in the application's order.
+    QList<AtspiRef> ordered;
+    for (const AtspiRef& w : windows) {
+        if (AtspiState::has(nodes_.value(w).states.value_or(0), AtspiState::active))
+            ordered.prepend(w);
+        else
+            ordered.append(w);
+    }
+
+    for (const AtspiRef& window : ordered) {
+        // Breadth first through layout containers, remembering each object's
+        // position so that the first menu bar in the window's own order wins
+        // (LibreOffice keeps a copy with wrong shortcuts further down).
+        QList<std::pair<AtspiRef, QList<int>>> level{{window, {}}};
+        std::optional<std::pair<QList<int>, AtspiRef>> best;
+        for (int depth = 0; depth < kMaxContainerDepth && !level.isEmpty(); ++depth) {
+            QList<AtspiRef> containers;
+            for (const auto& entry : level)
+                containers.append(entry.first);
+            if (!fetch(containers, wantChildren))
+                return std::nullopt;
+            QList<std::pair<AtspiRef, QList<int>>> next;
+            QList<AtspiRef> kids;
+            for (const auto& [ref, position] : level) {
+                const QList<AtspiRef> children = nodes_.value(ref).children;
+                for (int i = 0; i < children.size(); ++i) {
+                    next.append({children[i], position + QList<int>{i}});
+                    kids.append(children[i]);
+                }
+            }
+            if (!fetch(kids, wantInfo))
+                return std::nullopt;
+            level.clear();
+            for (const auto& [ref, position] : next) {
+                const uint role = nodes_.value(ref).role.value_or(0);
+                if (role == AtspiRole::menuBar) {
+                    if (!best || position < best->first)
+                        best = std::pair{position, ref};
+                } else if (isContainerRole(role)) {
+                    level.append({ref, position});
+                }
+            }
+        }
+        if (best)
+            return best->second;
+    }
+    return std::nullopt;
+}
+
+bool AtspiMenuReader::fetchSubtree(const AtspiRef& menuBar)
+{
+    QList<AtspiRef> level{menuBar};
+    for (int depth = 0; depth < kMaxDepth && !level.isEmpty(); ++depth) {
+        if (!fetch(level, wantChildren | wantInfo | wantKeyBinding))
+            return false;
+        QList<AtspiRef> next;
+        for (const AtspiRef& ref : level) {
+            for (const AtspiRef& child : nodes_.value(ref).children) {
+                const Node& known = nodes_[child];
+                // Separators and hidden items need no further calls.
+                if (known.role && (*known.role == AtspiRole::separator || *known.role == AtspiRole::tearoffMenuItem))
+                    continue;
+                if (known.states && hidden(known))
+                    continue;
+                next.append(child);
+            }
+        }
+        level = next;
+    }
+    return true;
+}
+
+bool AtspiMenuReader::hidden(const Node& node) const
+{
+    return honourVisible_ && node.states && !AtspiState::has(*node.states, AtspiState::visible);
+}
+
+AccessibilityElementRef AtspiMenuReader::makeMenuBar(const AtspiRef& menuBar, qint32 pid) const
+{
+    auto bar = element(QStringLiteral("AXMenuBar"), QString(), menuBar, pid, readAt_);
+    for (const AtspiRef& ref : nodes_.value(menuBar).children) {
+        const Node node = nodes_.value(ref);
+        if (!node.role || hidden(node))
+            continue;
+        QList<AtspiRef> items;
+        if (*node.role == AtspiRole::menu) {
+            items = node.children; // GTK: the entry is the menu
+        } else if (isItemRole(*node.role)) {
+            for (const AtspiRef& child : node.children) { // Qt: the entry holds a popup menu
+                if (isMenuRole(nodes_.value(child).role.value_or(0)))
+                    items += nodes_.value(child).children;
+            }
+        } else {
+            continue;
+        }
+        auto menu = element(AXName::roleMenu, QString(), AtspiRef{}, pid, readAt_);
+        menu->children = makeMenuChildren(items, pid, 0);
+        auto entry = element(AXName::roleMenuBarItem, node.name.trimmed(), ref, pid, readAt_);
+        entry->enabled = AtspiState::has(node.states.value_or(0), AtspiState::sensitive);
+        entry->children = {menu};
+        bar->children.append(entry);
+    }
+    return bar;
+}
+
+QList<AccessibilityElementRef> AtspiMenuReader::makeMenuChildren(const QList<AtspiRef>& children, qint32 pid, int depth) const
+{
+    QList<AccessibilityElementRef> out;
+    if (depth > kMaxDepth)
+        return out;
+    for (const AtspiRef& ref : children) {
+        const Node node = nodes_.value(ref);
+        if (!node.role || hidden(node))
+            continue;
+        const uint role = *node.role;
+        if (role == AtspiRole::popupMenu) {
+            auto menu = element(AXName::roleMenu, QString(), ref, pid, readAt_);
+            menu->children = makeMenuChildren(node.children, pid, depth + 1);
+            out.append(menu);
+            continue;
+        }
+        if (role != AtspiRole::menu && !isItemRole(role))
+            continue; // separators, tearoffs and anything unexpected
+        auto item = element(AXName::roleMenuItem, node.name.trimmed(), ref, pid, readAt_);
+        item->enabled = AtspiState::has(node.states.value_or(0), AtspiState::sensitive);
+
+        // A submenu: GTK's menu role (even while it is empty because it is
+        // filled only when opened), or an item holding a popup menu.
+        QList<AtspiRef> submenuItems;
+        bool isSubmenu = role == AtspiRole::menu;
+        if (isSubmenu) {
+            submenuItems = node.children;
+        } else {
+            for (const AtspiRef& child : node.children) {
+                if (isMenuRole(nodes_.value(child).role.value_or(0))) {
+                    isSubmenu = true;
+                    submenuItems += nodes_.value(child).children;
+                }
+            }
+        }
+        if (isSubmenu) {
+            auto menu = element(AXName::roleMenu, QString(), AtspiRef{}, pid, readAt_);
+            menu->children = makeMenuChildren(submenuItems, pid, depth + 1);
+            item->children = {menu};
+        } else if (auto key = translateKeyBinding(node.keyBinding, item->title)) {
+            item->modifiers = key->modifiers;
+            item->keyCharacter = key->character;
+            item->virtualKey = key->virtualKey;
+        }
+        out.append(item);
+    }
+    return out;
+}

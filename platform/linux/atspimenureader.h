@@ -1,0 +1,47 @@
+#pragma once
+
+#include "platform/accessibilityelement.h"
+#include "platform/linux/atspibus.h"
+
+#include <QHash>
+
+// Reads an application's menu bar over AT-SPI in a few pipelined rounds of
+// asynchronous calls (plus the toolkit's bulk cache where it has one) and
+// returns it as a tree of elements, so that walking it costs no more calls.
+class AtspiMenuReader {
+public:
+    explicit AtspiMenuReader(AtspiBus& bus);
+
+    // The menu bar of the application's active frame (else its first frame
+    // with one), or nothing.
+    AccessibilityElementRef readMenuBar(const AtspiRef& application, qint32 pid);
+
+    // Raw facts about one object, as fetched.
+    struct Node {
+        AtspiRef ref;
+        std::optional<uint> role;
+        QString name;
+        std::optional<quint64> states;
+        QString keyBinding;
+        QList<AtspiRef> children;
+        bool childrenRead = false;
+        bool keyBindingRead = false;
+    };
+
+private:
+    bool fetchFromCache(const AtspiRef& application);
+    std::optional<AtspiRef> findMenuBar(const AtspiRef& application);
+    bool fetchSubtree(const AtspiRef& menuBar);
+    // One round of calls, all in flight at once, for what is not yet known of
+    // `refs`; false when the application stopped answering.
+    bool fetch(const QList<AtspiRef>& refs, int want);
+
+    AccessibilityElementRef makeMenuBar(const AtspiRef& menuBar, qint32 pid) const;
+    QList<AccessibilityElementRef> makeMenuChildren(const QList<AtspiRef>& children, qint32 pid, int depth) const;
+    bool hidden(const Node& node) const;
+
+    AtspiBus& bus_;
+    QHash<AtspiRef, Node> nodes_;
+    bool honourVisible_ = true;
+    double readAt_ = 0;
+};

@@ -1,0 +1,146 @@
+#include "platform/linux/x11windows.h"
+
+#include <QFileInfo>
+
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+
+namespace {
+
+// Errors such as BadWindow for a window that just closed must not end the program.
+int ignoreErrors(Display*, XErrorEvent*)
+{
+    return 0;
+}
+
+} // namespace
+
+X11Windows::X11Windows()
+{
+    display_ = XOpenDisplay(nullptr);
+    if (display_)
+        XSetErrorHandler(ignoreErrors);
+}
+
+X11Windows::~X11Windows()
+{
+    if (display_)
+        XCloseDisplay(display_);
+}
+
+std::optional<unsigned long> X11Windows::cardinalProperty(unsigned long window, const char* name, unsigned long type)
+{
+    Atom actualType = 0;
+    int format = 0;
+    unsigned long count = 0, after = 0;
+    unsigned char* data = nullptr;
+    const Atom atom = XInternAtom(display_, name, False);
+    std::optional<unsigned long> value;
+    if (XGetWindowProperty(display_, window, atom, 0, 1, False, type, &actualType, &format, &count, &after, &data) == Success
+        && data && count == 1 && format == 32)
+        value = *reinterpret_cast<unsigned long*>(data);
+    if (data)
+        XFree(data);
+    return value;
+}
+
+QString X11Windows::textProperty(unsigned long window, const char* name)
+{
+    Atom actualType = 0;
+    int format = 0;
+    unsigned long count = 0, after = 0;
+    unsigned char* data = nullptr;
+    const Atom atom = XInternAtom(display_, name, False);
+    QString text;
+    if (XGetWindowProperty(display_, window, atom, 0, 4096, False, AnyPropertyType, &actualType, &format, &count, &after,
+                           &data) == Success
+        && data && format == 8)
+        text = QString::fromUtf8(reinterpret_cast<const char*>(data), int(count));
+    if (data)
+        XFree(data);
+    return text;
+}
+
+std::optional<unsigned long> X11Windows::activeWindow()
+{
+    QMutexLocker lock(&mutex_);
+    if (!display_)
+        return std::nullopt;
+    const Window root = DefaultRootWindow(display_);
+    if (auto active = cardinalProperty(root, "_NET_ACTIVE_WINDOW", XA_WINDOW); active && *active)
+        return active;
+    // No window manager: the input focus, raised to its top-level window.
+    Window focus = 0;
+    int revert = 0;
+    XGetInputFocus(display_, &focus, &revert);
+    if (focus == None || focus == PointerRoot)
+        return std::nullopt;
+    for (Window w = focus;;) {
+        Window rootReturn = 0, parent = 0;
+        Window* children = nullptr;
+        unsigned int n = 0;
+        if (!XQueryTree(display_, w, &rootReturn, &parent, &children, &n))
+            return std::nullopt;
+        if (children)
+            XFree(children);
+        if (parent == rootReturn || parent == 0)
+            return w;
+        w = parent;
+    }
+}
+
+std::optional<X11Windows::WindowInfo> X11Windows::windowInfo(unsigned long window)
+{
+    QMutexLocker lock(&mutex_);
+    if (!display_)
+        return std::nullopt;
+    WindowInfo info;
+    info.window = window;
+    if (auto pid = cardinalProperty(window, "_NET_WM_PID", XA_CARDINAL))
+        info.pid = qint32(*pid);
+    info.applicationId = textProperty(window, "_GTK_APPLICATION_ID");
+    if (info.applicationId.isEmpty()) {
+        // KDE names the desktop file, possibly as a path.
+        const QString desktopFile = textProperty(window, "_KDE_NET_WM_DESKTOP_FILE");
+        info.applicationId = QFileInfo(desktopFile).fileName().remove(QStringLiteral(".desktop"));
+    }
+    XClassHint hint{};
+    if (XGetClassHint(display_, window, &hint)) {
+        info.windowClass = QString::fromLocal8Bit(hint.res_class);
+        XFree(hint.res_name);
+        XFree(hint.res_class);
+    }
+    return info;
+}
+
+std::optional<unsigned long> X11Windows::windowOfProcess(qint32 pid)
+{
+    QMutexLocker lock(&mutex_);
+    if (!display_)
+        return std::nullopt;
+    Atom actualType = 0;
+    int format = 0;
+    unsigned long count = 0, after = 0;
+    unsigned char* data = nullptr;
+    const Atom clients = XInternAtom(display_, "_NET_CLIENT_LIST", False);
+    std::optional<unsigned long> found;
+    if (XGetWindowProperty(display_, DefaultRootWindow(display_), clients, 0, 65536, False, XA_WINDOW, &actualType,
+                           &format, &count, &after, &data) == Success
+        && data && format == 32) {
+        const auto* windows = reinterpret_cast<const unsigned long*>(data);
+        for (unsigned long i = 0; i < count && !found; ++i) {
+            if (cardinalProperty(windows[i], "_NET_WM_PID", XA_CARDINAL) == static_cast<unsigned long>(pid))
+                found = windows[i];
+        }
+    }
+    if (data)
+        XFree(data);
+    return found;
+}
+
+QString X11Windows::rootProperty(const char* name)
+{
+    QMutexLocker lock(&mutex_);
+    return display_ ? textProperty(DefaultRootWindow(display_), name) : QString();
+}

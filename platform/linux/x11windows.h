@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QMutex>
+#include <QString>
+
+#include <optional>
+
+typedef struct _XDisplay Display;
+
+// What the window manager and the windows themselves announce, read over a
+// connection of our own.
+class X11Windows {
+public:
+    struct WindowInfo {
+        unsigned long window = 0;
+        std::optional<qint32> pid;
+        QString applicationId; // desktop application id, where the window announces one
+        QString windowClass;   // WM_CLASS class
+    };
+
+    X11Windows();
+    ~X11Windows();
+    X11Windows(const X11Windows&) = delete;
+    X11Windows& operator=(const X11Windows&) = delete;
+
+    bool isOpen() const { return display_ != nullptr; }
+
+    // The window the window manager calls active, else the one with the input focus.
+    std::optional<unsigned long> activeWindow();
+    std::optional<WindowInfo> windowInfo(unsigned long window);
+    // The first window of the window manager's client list that belongs to `pid`.
+    std::optional<unsigned long> windowOfProcess(qint32 pid);
+    // A text property of the root window, such as AT_SPI_BUS.
+    QString rootProperty(const char* name);
+
+private:
+    QString textProperty(unsigned long window, const char* name);
+    std::optional<unsigned long> cardinalProperty(unsigned long window, const char* name, unsigned long type);
+
+    QMutex mutex_;
+    Display* display_ = nullptr;
+};
