@@ -1,0 +1,115 @@
+#pragma once
+
+// Helpers for tests that drive real applications inside the headless session
+// that scripts/headless-session made for the test.
+
+#include <QDeadlineTimer>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QThread>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace e2e {
+
+// Generous: a slow machine must never fail a test, only make it wait longer.
+inline constexpr int kPatienceMs = 30000;
+
+struct ProcessResult {
+    int exitCode = -1;
+    QString out;
+    QString err;
+};
+
+inline ProcessResult run(const QString& program, const QStringList& arguments, int timeoutMs = kPatienceMs)
+{
+    QProcess process;
+    process.start(program, arguments);
+    ProcessResult result;
+    if (!process.waitForFinished(timeoutMs)) {
+        process.kill();
+        process.waitForFinished();
+        result.err = QStringLiteral("timed out");
+        return result;
+    }
+    result.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    result.out = QString::fromUtf8(process.readAllStandardOutput());
+    result.err = QString::fromUtf8(process.readAllStandardError());
+    return result;
+}
+
+inline ProcessResult kestrioctl(const QStringList& arguments)
+{
+    return run(QStringLiteral(KESTRIOCTL_PATH), arguments);
+}
+
+// Polls until `condition` holds or patience runs out.
+inline bool eventually(const std::function<bool()>& condition, int timeoutMs = kPatienceMs)
+{
+    QDeadlineTimer deadline(timeoutMs);
+    while (!deadline.hasExpired()) {
+        if (condition())
+            return true;
+        QThread::msleep(100);
+    }
+    return condition();
+}
+
+// Visible windows whose title contains `name`.
+inline int windowsNamed(const QString& name)
+{
+    const ProcessResult r = run(QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                                  QStringLiteral("--name"), name});
+    return int(r.out.split(u'\n', Qt::SkipEmptyParts).size());
+}
+
+// The usage counts Kestrio wrote into this session's settings.
+inline qint64 usageCount(const QString& bundle, const QString& path)
+{
+    QFile file(qEnvironmentVariable("XDG_CONFIG_HOME") + QStringLiteral("/kestrio/settings.json"));
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    const QJsonObject usage = QJsonDocument::fromJson(file.readAll()).object().value("menuItemUsage").toObject();
+    return usage.value(bundle).toObject().value(path).toInteger();
+}
+
+// Applications started by a test, stopped when it ends.
+class Applications {
+public:
+    ~Applications()
+    {
+        for (auto& p : processes_) {
+            p->terminate();
+            if (!p->waitForFinished(3000))
+                p->kill();
+            p->waitForFinished();
+        }
+    }
+
+    // Starts `program` and waits until its menus can be read; the name it
+    // has on the accessibility bus is returned (empty when it never came).
+    QString start(const QString& program, const QStringList& arguments, const QString& busName, const QString& someItem)
+    {
+        auto process = std::make_unique<QProcess>();
+        process->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        process->setStandardOutputFile(QProcess::nullDevice());
+        process->start(program, arguments);
+        if (!process->waitForStarted())
+            return {};
+        processes_.push_back(std::move(process));
+        const bool ready = eventually([&] {
+            return kestrioctl({"menus", "--name", busName}).out.contains(someItem);
+        });
+        return ready ? busName : QString();
+    }
+
+private:
+    std::vector<std::unique_ptr<QProcess>> processes_;
+};
+
+} // namespace e2e

@@ -1,0 +1,116 @@
+#include "desktop.h"
+
+#include <QJsonArray>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace e2e;
+
+const QString kMousepadBundle = QStringLiteral("org.xfce.mousepad");
+
+class MenuAccess : public testing::Test {
+protected:
+    Applications apps;
+
+    void startMousepad() { ASSERT_EQ(apps.start("mousepad", {}, "mousepad", "File → Save As"), "mousepad"); }
+    void startFeatherpad() { ASSERT_EQ(apps.start("featherpad", {}, "FeatherPad", "File → Save As"), "FeatherPad"); }
+
+    static QStringList lines(const ProcessResult& r) { return r.out.split(u'\n', Qt::SkipEmptyParts); }
+};
+
+TEST_F(MenuAccess, GtkMenusWithPathsShortcutsAndStates)
+{
+    startMousepad();
+    const QStringList menus = lines(kestrioctl({"menus", "--name", "mousepad"}));
+    EXPECT_GT(menus.size(), 100);
+    EXPECT_TRUE(menus.contains("File → Save As...\t⌃⇧S\tenabled"));
+    EXPECT_TRUE(menus.contains("Edit → Move → Line Up\t⌥↑\tenabled"));
+    EXPECT_TRUE(menus.contains("View → Fullscreen\tF11\tenabled"));
+    EXPECT_TRUE(menus.contains("Edit → Undo\t⌃Z\tdisabled"));
+    // Names come without the padding mousepad gives them; submenus are not commands.
+    for (const QString& line : menus) {
+        EXPECT_FALSE(line.section(u'\t', 0, 0).endsWith(u' ')) << line.toStdString();
+        EXPECT_NE(line.section(u'\t', 0, 0), "File → Open Recent");
+    }
+}
+
+TEST_F(MenuAccess, QtMenusWithShortcutsButNoMnemonics)
+{
+    startFeatherpad();
+    const QStringList menus = lines(kestrioctl({"menus", "--name", "FeatherPad"}));
+    EXPECT_TRUE(menus.contains("File → Save As\t⌃⇧S\tenabled"));
+    EXPECT_TRUE(menus.contains("File → Quit\t⌃Q\tenabled"));
+    EXPECT_TRUE(menus.contains("Help → About\t\tenabled")); // Qt reports its mnemonic Alt+A
+    EXPECT_TRUE(menus.contains("Options → Encoding → Unicode → UTF-8\t\tenabled"));
+}
+
+TEST_F(MenuAccess, JsonListsTheSameItems)
+{
+    startMousepad();
+    const ProcessResult r = kestrioctl({"menus", "--name", "mousepad", "--json"});
+    ASSERT_EQ(r.exitCode, 0);
+    const QJsonArray items = QJsonDocument::fromJson(r.out.toUtf8()).array();
+    EXPECT_EQ(items.size(), lines(kestrioctl({"menus", "--name", "mousepad"})).size());
+    bool found = false;
+    for (const auto& v : items) {
+        const QJsonObject item = v.toObject();
+        if (item.value("path") == "File → Save As...") {
+            found = true;
+            EXPECT_EQ(item.value("shortcut"), "⌃⇧S");
+            EXPECT_EQ(item.value("menuPath").toArray().size(), 2);
+            EXPECT_EQ(item.value("enabled"), true);
+        }
+    }
+    EXPECT_TRUE(found);
+}
+
+TEST_F(MenuAccess, PressOpensTheWindowAndCountsOnce)
+{
+    startMousepad();
+    ASSERT_EQ(windowsNamed("About"), 0);
+    const ProcessResult r = kestrioctl({"press", "--name", "mousepad", "Help → About"});
+    EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();
+    EXPECT_TRUE(eventually([] { return windowsNamed("About") > 0; }));
+    EXPECT_EQ(usageCount(kMousepadBundle, "Help → About"), 1);
+}
+
+TEST_F(MenuAccess, DisabledOrMissingItemsRecordNothing)
+{
+    startMousepad();
+    const ProcessResult disabled = kestrioctl({"press", "--name", "mousepad", "Edit → Undo"});
+    EXPECT_EQ(disabled.exitCode, 2);
+    EXPECT_TRUE(disabled.err.contains("disabled"));
+    const ProcessResult missing = kestrioctl({"press", "--name", "mousepad", "File → No Such Item"});
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_TRUE(missing.err.contains("No menu item"));
+    EXPECT_EQ(usageCount(kMousepadBundle, "Edit → Undo"), 0);
+}
+
+TEST_F(MenuAccess, ModalDialogDoesNotHoldThePressOrLaterReadings)
+{
+    startFeatherpad();
+    startMousepad();
+    // Both open modal dialogs that answer only when closed.
+    EXPECT_EQ(kestrioctl({"press", "--name", "FeatherPad", "Help → About"}).exitCode, 0);
+    EXPECT_EQ(kestrioctl({"press", "--name", "mousepad", "File → Save As..."}).exitCode, 0);
+    EXPECT_TRUE(eventually([] { return windowsNamed("About") > 0 && windowsNamed("Save As") > 0; }));
+    EXPECT_TRUE(lines(kestrioctl({"menus", "--name", "mousepad"})).contains("File → Save As...\t⌃⇧S\tenabled"));
+    EXPECT_EQ(usageCount("FeatherPad", "Help → About"), 1);
+}
+
+TEST_F(MenuAccess, ActiveApplicationIsTheFocusedWindow)
+{
+    startMousepad();
+    startFeatherpad();
+    const ProcessResult id = run("xdotool", {"search", "--onlyvisible", "--class", "mousepad"});
+    const QString window = id.out.split(u'\n', Qt::SkipEmptyParts).value(0);
+    ASSERT_FALSE(window.isEmpty());
+    run("xdotool", {"windowactivate", "--sync", window});
+    EXPECT_TRUE(eventually([] {
+        return kestrioctl({"menus", "--active"}).out.contains("File → Save As...\t⌃⇧S");
+    }));
+}
+
+} // namespace
