@@ -38,6 +38,15 @@ bool AtspiBus::connect()
     if (!bus.isConnected())
         return false;
     connection_ = bus;
+
+    // GTK's bridge keeps its bulk cache (one call for every object of an
+    // application) only while some client listens to its events.
+    QDBusMessage listen = QDBusMessage::createMethodCall(QStringLiteral("org.a11y.atspi.Registry"),
+                                                         QStringLiteral("/org/a11y/atspi/registry"),
+                                                         QStringLiteral("org.a11y.atspi.Registry"),
+                                                         QStringLiteral("RegisterEvent"));
+    listen.setArguments({QStringLiteral("object:children-changed"), QStringList(), QString()});
+    bus.call(listen, QDBus::Block, kCallTimeoutMs);
     return true;
 }
 

@@ -100,6 +100,7 @@ AccessibilityElementRef AtspiMenuReader::readMenuBar(const AtspiRef& application
     const std::optional<AtspiRef> menuBar = findMenuBar(application);
     if (!menuBar)
         return nullptr;
+    prefetchFromCache(*menuBar);
     fetchSubtree(*menuBar);
     readAt_ = Clock::monotonic().seconds();
     return makeMenuBar(*menuBar, pid);
@@ -127,7 +128,7 @@ bool AtspiMenuReader::fetchFromCache(const AtspiRef& application)
         items.beginStructure();
         node.ref = readRef(items);
         readRef(items); // application
-        readRef(items); // parent
+        node.parent = readRef(items);
         if (withCounts) {
             int index = 0, count = 0;
             items >> index >> count;
@@ -220,6 +221,9 @@ std::optional<AtspiRef> AtspiMenuReader::findMenuBar(const AtspiRef& application
     if (!fetch(windows, wantInfo))
         return std::nullopt;
 
+    if (auto cached = findMenuBarInCache(windows))
+        return cached;
+
     // The active window first; then the others in the application's order.
     QList<AtspiRef> ordered;
     for (const AtspiRef& w : windows) {
@@ -267,6 +271,53 @@ std::optional<AtspiRef> AtspiMenuReader::findMenuBar(const AtspiRef& application
             return best->second;
     }
     return std::nullopt;
+}
+
+bool AtspiMenuReader::descendsFrom(const AtspiRef& ref, const AtspiRef& ancestor) const
+{
+    AtspiRef at = ref;
+    for (int depth = 0; depth < 64 && !at.isNull(); ++depth) {
+        if (at == ancestor)
+            return true;
+        at = nodes_.value(at).parent;
+    }
+    return false;
+}
+
+std::optional<AtspiRef> AtspiMenuReader::findMenuBarInCache(const QList<AtspiRef>& windows) const
+{
+    // The bulk cache links every object to its parent, so a window's menu bar
+    // is found without walking down to it. When a window holds more than one
+    // (LibreOffice), only the walk knows which comes first.
+    for (const bool activeOnly : {true, false}) {
+        for (const AtspiRef& window : windows) {
+            if (activeOnly != AtspiState::has(nodes_.value(window).states.value_or(0), AtspiState::active))
+                continue;
+            QList<AtspiRef> bars;
+            for (auto it = nodes_.begin(); it != nodes_.end(); ++it) {
+                if (it->role == AtspiRole::menuBar && descendsFrom(it->parent, window))
+                    bars.append(it.key());
+            }
+            if (bars.size() == 1)
+                return bars.first();
+            if (bars.size() > 1)
+                return std::nullopt;
+        }
+    }
+    return std::nullopt;
+}
+
+void AtspiMenuReader::prefetchFromCache(const AtspiRef& menuBar)
+{
+    // Everything below the menu bar that the cache knows, in one round: the
+    // order of each menu's children and every item's key binding.
+    QList<AtspiRef> below;
+    for (auto it = nodes_.begin(); it != nodes_.end(); ++it) {
+        if (!it->parent.isNull() && descendsFrom(it.key(), menuBar) && !hidden(*it))
+            below.append(it.key());
+    }
+    if (!below.isEmpty())
+        fetch(below, wantChildren | wantKeyBinding);
 }
 
 bool AtspiMenuReader::fetchSubtree(const AtspiRef& menuBar)

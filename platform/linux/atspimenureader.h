@@ -19,6 +19,7 @@ public:
     // Raw facts about one object, as fetched.
     struct Node {
         AtspiRef ref;
+        AtspiRef parent; // known from the bulk cache only
         std::optional<uint> role;
         QString name;
         std::optional<quint64> states;
@@ -31,6 +32,9 @@ public:
 private:
     bool fetchFromCache(const AtspiRef& application);
     std::optional<AtspiRef> findMenuBar(const AtspiRef& application);
+    std::optional<AtspiRef> findMenuBarInCache(const QList<AtspiRef>& windows) const;
+    void prefetchFromCache(const AtspiRef& menuBar);
+    bool descendsFrom(const AtspiRef& ref, const AtspiRef& ancestor) const;
     bool fetchSubtree(const AtspiRef& menuBar);
     // One round of calls, all in flight at once, for what is not yet known of
     // `refs`; false when the application stopped answering.
