@@ -113,4 +113,16 @@ TEST_F(MenuAccess, ActiveApplicationIsTheFocusedWindow)
     }));
 }
 
+TEST_F(MenuAccess, HungApplicationGivesAnEmptyListNotAFrozenReader)
+{
+    startMousepad();
+    const ProcessResult pid = run("pgrep", {"-x", "mousepad"});
+    ASSERT_EQ(pid.exitCode, 0);
+    run("kill", {"-STOP", pid.out.trimmed()});
+    const ProcessResult r = kestrioctl({"menus", "--pid", pid.out.trimmed()});
+    run("kill", {"-CONT", pid.out.trimmed()});
+    EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();
+    EXPECT_TRUE(r.out.isEmpty());
+}
+
 } // namespace
