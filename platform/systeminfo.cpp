@@ -1,0 +1,3 @@
+#include "platform/systeminfo.h"
+
+SystemInfo::~SystemInfo() = default;
