@@ -77,6 +77,7 @@ void UsageTracker::resetUsage()
 
 void UsageTracker::write()
 {
+    ++generation_;
     QVariantMap stored;
     for (auto app = usageData_.begin(); app != usageData_.end(); ++app) {
         QVariantMap items;

@@ -27,9 +27,13 @@ public:
     void recordUsage(const QString& bundleKey, const QString& pathKey);
     void resetUsage();
 
+    // Grows with every change, so that readers can tell their copy is stale.
+    quint64 generation() const { return generation_; }
+
 private:
     void write();
 
     SettingsStore& store_;
     UsageData usageData_;
+    quint64 generation_ = 0;
 };
