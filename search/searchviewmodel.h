@@ -89,6 +89,7 @@ private:
     void setIsLoading(bool loading);
     void track(const QString& name, const QVariantMap& properties);
     const std::vector<qint64>& usageCounts() const;
+    void rankRange(const std::vector<char32_t>& query, size_t begin, size_t end, std::vector<RankedItem>& out) const;
     QString firstBundleID() const;
 
     AccessibilityService& accessibilityService_;
@@ -105,7 +106,8 @@ private:
     GraphemeCoder coder_;
     std::vector<char32_t> codes_;
     struct Prepared {
-        size_t title, titleLength, path, pathLength;
+        quint32 title, titleLength, path, pathLength;
+        quint64 titleMask, pathMask; // which characters occur, for quick rejection
     };
     std::vector<Prepared> prepared_;
     mutable std::vector<qint64> usageCounts_;
