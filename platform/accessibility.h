@@ -74,4 +74,7 @@ public:
     // Leading menu-bar menus that belong to the system, not the application,
     // and are never searched.
     virtual int skippedLeadingMenus() const = 0;
+
+    // The platform's own.
+    static Accessibility& current();
 };

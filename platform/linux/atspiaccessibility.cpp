@@ -184,7 +184,7 @@ bool AtspiAccessibility::isProcessTrusted()
     if (!bus_.connect())
         return false;
     const AtspiRef registry{QStringLiteral("org.a11y.atspi.Registry"), kRootPath};
-    return bus_.callAndWait(registry, kAccessible, QStringLiteral("GetChildCount")).type() == QDBusMessage::ReplyMessage;
+    return bus_.callAndWait(registry, kAccessible, QStringLiteral("GetChildren")).type() == QDBusMessage::ReplyMessage;
 }
 
 void AtspiAccessibility::requestTrust()

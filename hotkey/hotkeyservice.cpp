@@ -1,0 +1,172 @@
+#include "hotkey/hotkeyservice.h"
+
+#include "app/settingsstore.h"
+#include "platform/clock.h"
+#include "platform/hotkeyplatform.h"
+
+#include <QPointer>
+#include <QTimer>
+
+HotkeyService& HotkeyService::shared()
+{
+    static HotkeyService* service = new HotkeyService(HotkeyPlatform::current(), SettingsStore::standard(), Clock::monotonic());
+    return *service;
+}
+
+HotkeyService::HotkeyService(HotkeyPlatform& platform, SettingsStore& settings, const Clock& monotonicClock,
+                             QObject* parent)
+    : QObject(parent),
+      customShortcut(CustomShortcut::load(settings)),
+      platform_(platform),
+      settings_(settings),
+      clock_(monotonicClock),
+      mode_(loadHotkeyMode(settings))
+{
+}
+
+HotkeyService::~HotkeyService()
+{
+    stop();
+}
+
+void HotkeyService::setActive(bool active)
+{
+    if (isActive_ == active)
+        return;
+    isActive_ = active;
+    emit isActiveChanged(active);
+}
+
+void HotkeyService::setSecureInputActive(bool active)
+{
+    if (isSecureInputActive_ == active)
+        return;
+    isSecureInputActive_ = active;
+    emit isSecureInputActiveChanged(active);
+}
+
+bool HotkeyService::start()
+{
+    stop();
+    if (!platform_.isProcessTrusted()) {
+        setActive(false);
+        updatePolling();
+        return false;
+    }
+    const bool ok = installTap();
+    setActive(ok);
+    updatePolling();
+    setSecureInputActive(platform_.isSecureEventInputEnabled());
+    return ok;
+}
+
+void HotkeyService::stop()
+{
+    if (hasTap_) {
+        platform_.enableTap(false);
+        platform_.releaseTap();
+        hasTap_ = false;
+    }
+    lastTapTime_.reset();
+    keyIsDown_ = false;
+}
+
+bool HotkeyService::setMode(HotkeyMode mode)
+{
+    stop();
+    mode_ = mode;
+    saveHotkeyMode(mode, settings_);
+    return start();
+}
+
+bool HotkeyService::installTap()
+{
+    QPointer<HotkeyService> self(this);
+    const bool created = platform_.createTap([self](const KeyEvent& event) {
+        if (self)
+            self->handleEvent(event);
+    });
+    if (!created)
+        return false;
+    hasTap_ = true;
+    platform_.enableTap(true);
+    return true;
+}
+
+void HotkeyService::updatePolling()
+{
+    if (isActive_ && mode_ != HotkeyMode::customShortcut) {
+        delete pollTimer_;
+        pollTimer_ = nullptr;
+        return;
+    }
+    if (pollTimer_)
+        return; // a running timer is never rescheduled
+    pollTimer_ = new QTimer(this);
+    pollTimer_->setInterval(kPollIntervalMs);
+    connect(pollTimer_, &QTimer::timeout, this, &HotkeyService::pollTick);
+    pollTimer_->start();
+}
+
+void HotkeyService::pollTick()
+{
+    setSecureInputActive(platform_.isSecureEventInputEnabled());
+    if (!isActive_ && platform_.isProcessTrusted())
+        start();
+}
+
+void HotkeyService::handleEvent(const KeyEvent& event)
+{
+    // Events pass through unchanged whatever happens here: the platform's tap
+    // never swallows them.
+    if (mode_ == HotkeyMode::customShortcut) {
+        if (event.type == KeyEvent::keyDown)
+            handleKeyDown(event.flags, event.keyCode);
+        return;
+    }
+    if (event.type == KeyEvent::flagsChanged)
+        handleFlagsChanged(event.flags);
+}
+
+void HotkeyService::handleFlagsChanged(quint64 flags)
+{
+    const quint64 watched = watchedModifier(mode_).value_or(0);
+    const quint64 others = ModifierFlag::Mask & ~watched;
+    if (flags & others) {
+        keyIsDown_ = false;
+        lastTapTime_.reset();
+        return;
+    }
+    if (flags & watched) {
+        keyIsDown_ = true;
+        return;
+    }
+    if (!keyIsDown_)
+        return;
+    keyIsDown_ = false;
+    const double now = clock_.seconds();
+    if (lastTapTime_ && now - *lastTapTime_ < doubleTapInterval) {
+        lastTapTime_.reset();
+        deliverActivation();
+    } else {
+        lastTapTime_ = now;
+    }
+}
+
+void HotkeyService::handleKeyDown(quint64 flags, quint16 keyCode)
+{
+    if (!customShortcut || keyCode != customShortcut->keyCode)
+        return;
+    if ((flags & ModifierFlag::Mask) == (customShortcut->modifiers & ModifierFlag::Mask))
+        deliverActivation();
+}
+
+void HotkeyService::deliverActivation()
+{
+    // A task of its own on the main thread, never inside the tap's callback.
+    QPointer<HotkeyService> self(this);
+    QMetaObject::invokeMethod(this, [self] {
+        if (self && self->onActivate)
+            self->onActivate();
+    }, Qt::QueuedConnection);
+}

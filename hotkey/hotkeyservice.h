@@ -1,0 +1,77 @@
+#pragma once
+
+#include "hotkey/customshortcut.h"
+#include "hotkey/hotkeymode.h"
+
+#include <QObject>
+
+#include <functional>
+#include <optional>
+
+class Clock;
+class HotkeyPlatform;
+class QTimer;
+class SettingsStore;
+struct KeyEvent;
+
+// Watches every application's keyboard input for the activation gesture: a
+// double tap of Command or Option, or the user's own shortcut.
+class HotkeyService : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(bool isActive READ isActive NOTIFY isActiveChanged)
+    Q_PROPERTY(bool isSecureInputActive READ isSecureInputActive WRITE setSecureInputActive NOTIFY isSecureInputActiveChanged)
+
+public:
+    static constexpr double doubleTapInterval = 0.3;
+    static constexpr int kPollIntervalMs = 2000;
+
+    static HotkeyService& shared();
+
+    // Reads the mode and the custom shortcut from the settings; installs nothing.
+    HotkeyService(HotkeyPlatform& platform, SettingsStore& settings, const Clock& monotonicClock,
+                  QObject* parent = nullptr);
+    ~HotkeyService() override;
+
+    std::function<void()> onActivate;
+
+    bool start();
+    void stop();
+    bool setMode(HotkeyMode mode);
+    HotkeyMode mode() const { return mode_; }
+    std::optional<CustomShortcut> customShortcut;
+
+    bool isActive() const { return isActive_; }
+    bool isSecureInputActive() const { return isSecureInputActive_; }
+    // Also written from outside when the status menu opens; only a change is announced.
+    void setSecureInputActive(bool active);
+
+    // The poll timer's work, every 2 seconds while it runs.
+    void pollTick();
+    bool isPolling() const { return pollTimer_ != nullptr; }
+
+    // Every event the tap sees.
+    void handleEvent(const KeyEvent& event);
+
+signals:
+    void isActiveChanged(bool isActive);
+    void isSecureInputActiveChanged(bool isSecureInputActive);
+
+private:
+    void setActive(bool active);
+    bool installTap();
+    void updatePolling();
+    void handleFlagsChanged(quint64 flags);
+    void handleKeyDown(quint64 flags, quint16 keyCode);
+    void deliverActivation();
+
+    HotkeyPlatform& platform_;
+    SettingsStore& settings_;
+    const Clock& clock_;
+    HotkeyMode mode_;
+    bool isActive_ = false;
+    bool isSecureInputActive_ = false;
+    bool hasTap_ = false;
+    std::optional<double> lastTapTime_;
+    bool keyIsDown_ = false;
+    QTimer* pollTimer_ = nullptr;
+};

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/hotkeyplatform.h"
+
+// A keyboard that a test types on.
+class FakeHotkeyPlatform final : public HotkeyPlatform {
+public:
+    bool trusted = true;
+    bool secureInput = false;
+    bool refuseTap = false;
+    bool tapEnabled = false;
+    int tapsCreated = 0;
+    Callback callback;
+
+    bool isProcessTrusted() override { return trusted; }
+    bool isSecureEventInputEnabled() override { return secureInput; }
+    bool createTap(Callback cb) override
+    {
+        if (refuseTap)
+            return false;
+        ++tapsCreated;
+        callback = std::move(cb);
+        return true;
+    }
+    void enableTap(bool enabled) override { tapEnabled = enabled; }
+    void releaseTap() override
+    {
+        callback = nullptr;
+        tapEnabled = false;
+    }
+
+    bool hasTap() const { return bool(callback); }
+    // Delivers an event as the system would, if a tap is there and enabled.
+    void send(int type, quint64 flags, quint16 keyCode = 0)
+    {
+        if (callback && tapEnabled)
+            callback(KeyEvent{type, flags, keyCode});
+    }
+    void flags(quint64 f) { send(KeyEvent::flagsChanged, f); }
+    void keyDown(quint16 code, quint64 f) { send(KeyEvent::keyDown, f, code); }
+};

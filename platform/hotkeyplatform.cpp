@@ -1,0 +1,3 @@
+#include "platform/hotkeyplatform.h"
+
+HotkeyPlatform::~HotkeyPlatform() = default;

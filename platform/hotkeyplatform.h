@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QtGlobal>
+
+#include <functional>
+
+// One keyboard event as the detector sees it.
+struct KeyEvent {
+    static constexpr int keyDown = 10;
+    static constexpr int flagsChanged = 12;
+
+    int type = 0;
+    quint64 flags = 0;   // device-independent modifier bits
+    quint16 keyCode = 0; // layout-independent virtual key code (key-down only)
+};
+
+// What watching the keyboard session-wide needs from the system.
+class HotkeyPlatform {
+public:
+    using Callback = std::function<void(const KeyEvent&)>;
+
+    virtual ~HotkeyPlatform();
+
+    // Whether this program has been granted what watching needs. Never prompts.
+    virtual bool isProcessTrusted() = 0;
+    // Whether some application hides its key presses from watchers.
+    virtual bool isSecureEventInputEnabled() = 0;
+    // Creates a tap that passes every key-down and modifier change to
+    // `callback` on the main thread without altering it; false when refused.
+    virtual bool createTap(Callback callback) = 0;
+    virtual void enableTap(bool enabled) = 0;
+    // Drops the tap; no more events arrive.
+    virtual void releaseTap() = 0;
+
+    // The platform's own.
+    static HotkeyPlatform& current();
+};

@@ -1,0 +1,35 @@
+// The Linux answers to the platform's "current" accessors.
+#include "platform/hotkeyplatform.h"
+#include "platform/linux/atspiaccessibility.h"
+#include "platform/linux/x11keyboardtap.h"
+
+namespace {
+
+class LinuxHotkeyPlatform final : public HotkeyPlatform {
+public:
+    // Watching keys on X11 needs no grant; reading menus does, so trust means
+    // the accessibility bus answers, as for the menu reader.
+    bool isProcessTrusted() override { return Accessibility::current().isProcessTrusted(); }
+    // Raw events keep arriving during other clients' grabs: nothing hides keys.
+    bool isSecureEventInputEnabled() override { return false; }
+    bool createTap(Callback callback) override { return tap_.create(std::move(callback)); }
+    void enableTap(bool enabled) override { tap_.setEnabled(enabled); }
+    void releaseTap() override { tap_.release(); }
+
+private:
+    X11KeyboardTap tap_;
+};
+
+} // namespace
+
+Accessibility& Accessibility::current()
+{
+    static AtspiAccessibility* accessibility = new AtspiAccessibility;
+    return *accessibility;
+}
+
+HotkeyPlatform& HotkeyPlatform::current()
+{
+    static LinuxHotkeyPlatform* platform = new LinuxHotkeyPlatform;
+    return *platform;
+}

@@ -1,0 +1,31 @@
+#include "platform/linux/x11keyboardlayout.h"
+
+#include "platform/linux/evdevkeymap.h"
+
+#include <X11/XKBlib.h>
+#include <X11/Xlib.h>
+#include <xkbcommon/xkbcommon.h>
+
+X11KeyboardLayout::X11KeyboardLayout() : display_(XOpenDisplay(nullptr)) {}
+
+X11KeyboardLayout::~X11KeyboardLayout()
+{
+    if (display_)
+        XCloseDisplay(display_);
+}
+
+QString X11KeyboardLayout::characterForKeyCode(quint16 keyCode) const
+{
+    QMutexLocker lock(&mutex_);
+    const std::optional<int> evdev = EvdevKeyMap::evdevCode(keyCode);
+    if (!display_ || !evdev)
+        return {};
+    XkbStateRec state{};
+    XkbGetState(display_, XkbUseCoreKbd, &state);
+    const KeySym keysym = XkbKeycodeToKeysym(display_, KeyCode(*evdev + 8), state.group, 0);
+    char utf8[16] = {};
+    if (keysym == NoSymbol || xkb_keysym_to_utf8(xkb_keysym_t(keysym), utf8, sizeof utf8) <= 1)
+        return {};
+    const QString text = QString::fromUtf8(utf8);
+    return text.isEmpty() || !text[0].isPrint() ? QString() : text;
+}

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/keyboardlayout.h"
+
+#include <QMutex>
+
+typedef struct _XDisplay Display;
+
+// What a key types on the X keyboard layout active now.
+class X11KeyboardLayout final : public KeyboardLayout {
+public:
+    X11KeyboardLayout();
+    ~X11KeyboardLayout() override;
+
+    QString characterForKeyCode(quint16 keyCode) const override;
+
+private:
+    mutable QMutex mutex_;
+    Display* display_ = nullptr;
+};

@@ -1,0 +1,102 @@
+#include "desktop.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace e2e;
+
+// The probe runs the real detector and prints a line per activation.
+class Probe {
+public:
+    explicit Probe(const QStringList& arguments)
+    {
+        process_.start(QStringLiteral(HOTKEY_PROBE_PATH), arguments);
+        process_.waitForStarted();
+    }
+    ~Probe()
+    {
+        process_.kill();
+        process_.waitForFinished();
+    }
+
+    QStringList lines()
+    {
+        process_.waitForReadyRead(50);
+        output_ += QString::fromUtf8(process_.readAllStandardOutput());
+        return output_.split(u'\n', Qt::SkipEmptyParts);
+    }
+    int activations() { return int(lines().count("activated")); }
+    bool becameActive()
+    {
+        return eventually([&] { return lines().contains("active"); });
+    }
+
+private:
+    QProcess process_;
+    QString output_;
+};
+
+void xdotool(const QStringList& arguments)
+{
+    run("xdotool", arguments);
+}
+
+// Gives an activation that should not come every chance to come anyway.
+void settle()
+{
+    QThread::msleep(1500);
+}
+
+TEST(Hotkey, QuickDoubleTapOfSuperActivatesOnce)
+{
+    Probe probe({"doubleTapCommand"});
+    ASSERT_TRUE(probe.becameActive());
+    // One xdotool run: the two releases are milliseconds apart.
+    xdotool({"keydown", "Super_L", "keyup", "Super_L", "sleep", "0.05", "keydown", "Super_L", "keyup", "Super_L"});
+    EXPECT_TRUE(eventually([&] { return probe.activations() == 1; }));
+    settle();
+    EXPECT_EQ(probe.activations(), 1);
+}
+
+TEST(Hotkey, SlowDoubleTapDoesNothing)
+{
+    Probe probe({"doubleTapCommand"});
+    ASSERT_TRUE(probe.becameActive());
+    xdotool({"keydown", "Super_L", "keyup", "Super_L", "sleep", "0.4", "keydown", "Super_L", "keyup", "Super_L"});
+    settle();
+    EXPECT_EQ(probe.activations(), 0);
+}
+
+TEST(Hotkey, CustomShortcutActivatesAndTheKeyStillReachesTheFocusedWindow)
+{
+    QProcess xev;
+    xev.start("xev", {"-event", "keyboard", "-name", "kestrio-xev"});
+    ASSERT_TRUE(xev.waitForStarted());
+    QString window;
+    ASSERT_TRUE(eventually([&] {
+        window = run("xdotool", {"search", "--name", "kestrio-xev"}).out.split(u'\n', Qt::SkipEmptyParts).value(0);
+        return !window.isEmpty();
+    }));
+    xdotool({"windowactivate", "--sync", window});
+
+    Probe probe({"customShortcut", "40", "0xC0000"}); // Control+Option(Alt)+K
+    ASSERT_TRUE(probe.becameActive());
+    xdotool({"key", "ctrl+alt+k"});
+    EXPECT_TRUE(eventually([&] { return probe.activations() == 1; }));
+    xdotool({"key", "ctrl+alt+shift+k"}); // an extra modifier: no match
+    xdotool({"key", "k"});
+    settle();
+    EXPECT_EQ(probe.activations(), 1);
+
+    QString seen;
+    EXPECT_TRUE(eventually([&] {
+        xev.waitForReadyRead(50);
+        seen += QString::fromUtf8(xev.readAllStandardOutput());
+        return seen.count("keysym 0x6b, k") + seen.count("keysym 0x4b, K") >= 3;
+    })) << seen.right(2000).toStdString();
+    xev.kill();
+    xev.waitForFinished();
+}
+
+} // namespace

@@ -1,0 +1,244 @@
+#include "hotkey/hotkeyservice.h"
+#include "platform/fake/fakeclock.h"
+#include "platform/fake/fakehotkeyplatform.h"
+#include "support/eventually.h"
+#include "support/tempsettings.h"
+
+#include <QCoreApplication>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace ModifierFlag;
+constexpr quint64 Fn = Function;
+
+// One step of typing: wait, then the modifier flags change, or a key goes down.
+struct Step {
+    double after;
+    quint64 flags;
+    int keyCode = -1; // ≥ 0: a key-down with these flags
+};
+
+struct Sequence {
+    const char* name;
+    HotkeyMode mode;
+    std::vector<Step> steps;
+    int activations;
+};
+
+class Detector : public testing::Test {
+protected:
+    TempSettings settings;
+    FakeHotkeyPlatform platform;
+    FakeClock clock;
+    std::unique_ptr<HotkeyService> service;
+    int activated = 0;
+
+    void create()
+    {
+        service = std::make_unique<HotkeyService>(platform, settings.store(), clock);
+        service->onActivate = [this] { ++activated; };
+    }
+
+    int activations()
+    {
+        QCoreApplication::processEvents();
+        return activated;
+    }
+
+    void type(const std::vector<Step>& steps)
+    {
+        for (const Step& s : steps) {
+            clock.advance(s.after);
+            if (s.keyCode >= 0)
+                platform.keyDown(quint16(s.keyCode), s.flags);
+            else
+                platform.flags(s.flags);
+        }
+    }
+};
+
+class DetectorSequences : public Detector, public testing::WithParamInterface<Sequence> {};
+
+TEST_P(DetectorSequences, ActivatesExactlyAsOften)
+{
+    saveHotkeyMode(GetParam().mode, settings.store());
+    CustomShortcut{40, Control | Option}.save(settings.store());
+    create();
+    ASSERT_TRUE(service->start());
+    type(GetParam().steps);
+    EXPECT_EQ(activations(), GetParam().activations);
+}
+
+const auto cmd = HotkeyMode::doubleTapCommand;
+const auto opt = HotkeyMode::doubleTapOption;
+const auto custom = HotkeyMode::customShortcut;
+
+INSTANTIATE_TEST_SUITE_P(DoubleTap, DetectorSequences, testing::Values(
+    Sequence{"secondReleaseAfter029", cmd, {{0, Command}, {0.05, 0}, {0.1, Command}, {0.19, 0}}, 1},
+    Sequence{"secondReleaseAfter030", cmd, {{0, Command}, {0.05, 0}, {0.1, Command}, {0.2, 0}}, 0},
+    Sequence{"lateSecondTapBecomesTheFirst", cmd, {{0, Command}, {0, 0}, {0.2, Command}, {0.2, 0}, {0.1, Command}, {0.1, 0}}, 1},
+    Sequence{"threeQuickTaps", cmd, {{0, Command}, {0, 0}, {0.1, Command}, {0, 0}, {0.1, Command}, {0, 0}}, 1},
+    Sequence{"fourQuickTaps", cmd, {{0, Command}, {0, 0}, {0.1, Command}, {0, 0}, {0.1, Command}, {0, 0}, {0.1, Command}, {0, 0}}, 2},
+    Sequence{"longHoldThenQuickTap", cmd, {{0, Command}, {5.0, 0}, {0.1, Command}, {0.1, 0}}, 1},
+    Sequence{"commandWithShift", cmd, {{0, Command | Shift}, {0, 0}, {0.1, Command | Shift}, {0, 0}}, 0},
+    Sequence{"shiftTouchedWhileHeldDiscardsThePendingTap", cmd, {{0, Command}, {0, 0}, {0.1, Command}, {0, Command | Shift}, {0, Command}, {0, 0}}, 0},
+    Sequence{"afterTheDiscardATapArmsAgain", cmd, {{0, Command}, {0, Command | Shift}, {0, Command}, {0, 0}, {0.1, Command}, {0.1, 0}}, 1},
+    Sequence{"keysTypedWhileHeldDoNotMatter", cmd, {{0, Command}, {0, 0}, {0.1, Command}, {0.05, Command, 8}, {0.05, 0}}, 1},
+    Sequence{"optionTapsInCommandMode", cmd, {{0, Option}, {0, 0}, {0.1, Option}, {0, 0}}, 0},
+    Sequence{"optionMode", opt, {{0, Option}, {0, 0}, {0.1, Option}, {0, 0}}, 1},
+    Sequence{"commandTapsInOptionMode", opt, {{0, Command}, {0, 0}, {0.1, Command}, {0, 0}}, 0},
+    Sequence{"commandResetsAPendingOptionTap", opt, {{0, Option}, {0, 0}, {0.05, Command}, {0, 0}, {0.05, Option}, {0, 0}}, 0},
+    Sequence{"capsLockAndFnBetweenTapsDoNotReset", opt, {{0, Option}, {0, 0}, {0.05, CapsLock}, {0.05, Fn}, {0, 0}, {0.05, Option | CapsLock}, {0, CapsLock}}, 1},
+    Sequence{"releaseWithoutPressDoesNothing", cmd, {{0, 0}, {0.1, 0}}, 0}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+INSTANTIATE_TEST_SUITE_P(CustomShortcut, DetectorSequences, testing::Values(
+    Sequence{"exactModifiers", custom, {{0, Control | Option, 40}}, 1},
+    Sequence{"extraModifierPrevents", custom, {{0, Control | Option | Shift, 40}}, 0},
+    Sequence{"capsLockIgnored", custom, {{0, Control | Option | CapsLock, 40}}, 1},
+    Sequence{"otherKey", custom, {{0, Control | Option, 41}}, 0},
+    Sequence{"missingModifier", custom, {{0, Control, 40}}, 0},
+    Sequence{"eachKeyDownActivates", custom, {{0, Control | Option, 40}, {0.5, Control | Option, 40}}, 2},
+    Sequence{"doubleTapsDoNothing", custom, {{0, Command}, {0, 0}, {0.1, Command}, {0, 0}}, 0}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(Detector, ShortcutWithoutAnyOfTheFourBitsMatchesTheBareKey)
+{
+    saveHotkeyMode(HotkeyMode::customShortcut, settings.store());
+    settings.store().setInteger(SettingsKey::customHotkeyKeyCode, 40);
+    settings.store().setInteger(SettingsKey::customHotkeyModifiers, 0x10000);
+    create();
+    service->start();
+    platform.keyDown(40, Command);
+    platform.keyDown(40, CapsLock);
+    EXPECT_EQ(activations(), 1);
+}
+
+TEST_F(Detector, CustomModeWithoutShortcutIsActiveButNeverFires)
+{
+    saveHotkeyMode(HotkeyMode::customShortcut, settings.store());
+    create();
+    EXPECT_FALSE(service->customShortcut);
+    EXPECT_TRUE(service->start());
+    EXPECT_TRUE(service->isActive());
+    platform.keyDown(40, Control | Option);
+    EXPECT_EQ(activations(), 0);
+}
+
+TEST_F(Detector, CreationReadsSettingsAndInstallsNothing)
+{
+    settings.store().setString(SettingsKey::hotkeyMode, "DoubleTapOption");
+    create();
+    EXPECT_EQ(service->mode(), HotkeyMode::doubleTapCommand);
+    EXPECT_FALSE(platform.hasTap());
+    EXPECT_FALSE(service->isPolling());
+    EXPECT_FALSE(service->isActive());
+}
+
+TEST_F(Detector, ActivationIsAQueuedTaskThatNeedsTheService)
+{
+    create();
+    service->start();
+    type({{0, Command}, {0, 0}, {0.1, Command}, {0, 0}});
+    EXPECT_EQ(activated, 0); // not inside the tap's callback
+    service.reset();
+    EXPECT_EQ(activations(), 0);
+}
+
+TEST_F(Detector, UntrustedWaitsAndPollsUntilTrustArrives)
+{
+    platform.trusted = false;
+    platform.secureInput = true;
+    create();
+    QList<bool> activeChanges;
+    QObject::connect(service.get(), &HotkeyService::isActiveChanged, [&](bool a) { activeChanges << a; });
+    EXPECT_FALSE(service->start());
+    EXPECT_FALSE(service->isActive());
+    EXPECT_TRUE(service->isPolling());
+    EXPECT_FALSE(service->isSecureInputActive()); // left as it was
+    EXPECT_FALSE(platform.hasTap());
+
+    service->pollTick(); // still untrusted: only the secure-input flag
+    EXPECT_TRUE(service->isSecureInputActive());
+    EXPECT_FALSE(service->isActive());
+
+    platform.trusted = true;
+    service->pollTick();
+    EXPECT_TRUE(service->isActive());
+    EXPECT_FALSE(service->isPolling()); // double tap and active: no timer
+    EXPECT_EQ(activeChanges, QList<bool>{true});
+}
+
+TEST_F(Detector, TheTimerItselfRetriesEveryTwoSeconds)
+{
+    platform.trusted = false;
+    create();
+    service->start();
+    platform.trusted = true;
+    EXPECT_TRUE(eventually([&] { return service->isActive(); }));
+}
+
+TEST_F(Detector, ARefusedTapIsRetriedByThePoll)
+{
+    platform.refuseTap = true;
+    create();
+    EXPECT_FALSE(service->start());
+    EXPECT_TRUE(service->isPolling());
+    service->pollTick();
+    EXPECT_FALSE(service->isActive());
+    platform.refuseTap = false;
+    service->pollTick();
+    EXPECT_TRUE(service->isActive());
+    EXPECT_EQ(platform.tapsCreated, 1);
+}
+
+TEST_F(Detector, CustomModeKeepsPollingForSecureInput)
+{
+    create();
+    service->start();
+    EXPECT_FALSE(service->isPolling());
+    int secureChanges = 0;
+    QObject::connect(service.get(), &HotkeyService::isSecureInputActiveChanged, [&] { ++secureChanges; });
+    EXPECT_TRUE(service->setMode(HotkeyMode::customShortcut));
+    EXPECT_EQ(settings.reopened()->hotkeyModeText(), "customShortcut");
+    EXPECT_TRUE(service->isPolling());
+    platform.secureInput = true;
+    service->pollTick();
+    service->pollTick();
+    service->setSecureInputActive(true);
+    EXPECT_EQ(secureChanges, 1);
+    EXPECT_TRUE(service->isActive());
+    EXPECT_TRUE(service->isPolling());
+
+    service->setMode(HotkeyMode::doubleTapOption); // back to a double tap: the timer goes
+    EXPECT_FALSE(service->isPolling());
+}
+
+TEST_F(Detector, StopDropsTheTapAndThePendingTapButNotTheFlag)
+{
+    create();
+    service->start();
+    type({{0, Command}, {0, 0}});
+    service->stop();
+    EXPECT_FALSE(platform.hasTap());
+    EXPECT_TRUE(service->isActive());
+    service->start();
+    type({{0.1, Command}, {0, 0}}); // the earlier tap was forgotten
+    EXPECT_EQ(activations(), 0);
+    EXPECT_EQ(platform.tapsCreated, 2);
+}
+
+TEST_F(Detector, ObservablesAnnounceOnlyChanges)
+{
+    create();
+    int changes = 0;
+    QObject::connect(service.get(), &HotkeyService::isActiveChanged, [&] { ++changes; });
+    service->start();
+    service->start();
+    service->setMode(HotkeyMode::doubleTapOption);
+    EXPECT_EQ(changes, 1);
+}
+
+} // namespace
