@@ -205,6 +205,7 @@ std::optional<RunningApplication> AtspiAccessibility::runningApplication(unsigne
         return std::nullopt;
     RunningApplication app;
     app.processIdentifier = *info->pid;
+    app.window = window;
     if (!info->applicationId.isEmpty())
         app.bundleIdentifier = info->applicationId;
     else if (!info->windowClass.isEmpty())

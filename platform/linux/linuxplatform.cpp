@@ -1,5 +1,7 @@
 // The Linux answers to the platform's "current" accessors.
+#include "platform/desktopwindows.h"
 #include "platform/hotkeyplatform.h"
+#include "platform/linux/x11desktopwindows.h"
 #include "platform/linux/atspiaccessibility.h"
 #include "platform/linux/x11keyboardtap.h"
 
@@ -32,4 +34,10 @@ HotkeyPlatform& HotkeyPlatform::current()
 {
     static LinuxHotkeyPlatform* platform = new LinuxHotkeyPlatform;
     return *platform;
+}
+
+DesktopWindows& DesktopWindows::current()
+{
+    static X11DesktopWindows* windows = new X11DesktopWindows;
+    return *windows;
 }

@@ -139,6 +139,68 @@ std::optional<unsigned long> X11Windows::windowOfProcess(qint32 pid)
     return found;
 }
 
+std::optional<QRect> X11Windows::geometry(unsigned long window)
+{
+    QMutexLocker lock(&mutex_);
+    if (!display_)
+        return std::nullopt;
+    XWindowAttributes attributes{};
+    if (!XGetWindowAttributes(display_, window, &attributes))
+        return std::nullopt;
+    int x = 0, y = 0;
+    Window child = 0;
+    XTranslateCoordinates(display_, window, DefaultRootWindow(display_), 0, 0, &x, &y, &child);
+    return QRect(x, y, attributes.width, attributes.height);
+}
+
+void X11Windows::activate(unsigned long window)
+{
+    QMutexLocker lock(&mutex_);
+    if (!display_)
+        return;
+    XEvent event{};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = window;
+    event.xclient.message_type = XInternAtom(display_, "_NET_ACTIVE_WINDOW", False);
+    event.xclient.format = 32;
+    event.xclient.data.l[0] = 2; // source: a pager, which window managers obey
+    event.xclient.data.l[1] = CurrentTime;
+    XSendEvent(display_, DefaultRootWindow(display_), False, SubstructureRedirectMask | SubstructureNotifyMask, &event);
+    XRaiseWindow(display_, window);
+    XSetInputFocus(display_, window, RevertToParent, CurrentTime);
+    XFlush(display_);
+}
+
+void X11Windows::setOnAllDesktops(unsigned long window)
+{
+    QMutexLocker lock(&mutex_);
+    if (!display_)
+        return;
+    // Mapped windows ask the window manager; the property covers the rest.
+    const Atom desktop = XInternAtom(display_, "_NET_WM_DESKTOP", False);
+    const unsigned long all = 0xFFFFFFFF;
+    XChangeProperty(display_, window, desktop, XA_CARDINAL, 32, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(&all), 1);
+    XEvent event{};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = window;
+    event.xclient.message_type = desktop;
+    event.xclient.format = 32;
+    event.xclient.data.l[0] = long(all);
+    event.xclient.data.l[1] = 2;
+    XSendEvent(display_, DefaultRootWindow(display_), False, SubstructureRedirectMask | SubstructureNotifyMask, &event);
+    XFlush(display_);
+}
+
+bool X11Windows::hasCompositor()
+{
+    QMutexLocker lock(&mutex_);
+    if (!display_)
+        return false;
+    const QByteArray name = "_NET_WM_CM_S" + QByteArray::number(DefaultScreen(display_));
+    return XGetSelectionOwner(display_, XInternAtom(display_, name.constData(), False)) != None;
+}
+
 QString X11Windows::rootProperty(const char* name)
 {
     QMutexLocker lock(&mutex_);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QMutex>
+#include <QRect>
 #include <QString>
 
 #include <optional>
@@ -30,6 +31,15 @@ public:
     std::optional<WindowInfo> windowInfo(unsigned long window);
     // The first window of the window manager's client list that belongs to `pid`.
     std::optional<unsigned long> windowOfProcess(qint32 pid);
+    // The window's frame on the screen, in root coordinates.
+    std::optional<QRect> geometry(unsigned long window);
+    // Asks the window manager to activate the window (as a pager would, so
+    // that focus-stealing prevention lets it through) and gives it the focus.
+    void activate(unsigned long window);
+    // Keeps the window on every workspace.
+    void setOnAllDesktops(unsigned long window);
+    // Whether a compositing manager runs on the default screen.
+    bool hasCompositor();
     // A text property of the root window, such as AT_SPI_BUS.
     QString rootProperty(const char* name);
 

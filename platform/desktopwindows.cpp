@@ -1,0 +1,3 @@
+#include "platform/desktopwindows.h"
+
+DesktopWindows::~DesktopWindows() = default;

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/desktopwindows.h"
+
+#include <QList>
+
+class FakeDesktopWindows final : public DesktopWindows {
+public:
+    std::optional<QRect> geometry;
+    bool compositor = false;
+    QList<RunningApplication> activated;
+    QList<quintptr> ownActivated;
+    QList<quintptr> onAllWorkspaces;
+
+    std::optional<QRect> windowGeometry(const RunningApplication&) override { return geometry; }
+    void activate(const RunningApplication& app) override { activated << app; }
+    void activateOwnWindow(quintptr id) override { ownActivated << id; }
+    void showOnAllWorkspaces(quintptr id) override { onAllWorkspaces << id; }
+    bool hasCompositor() override { return compositor; }
+};

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/desktopwindows.h"
+#include "platform/linux/x11windows.h"
+
+// DesktopWindows through the window manager's EWMH hints.
+class X11DesktopWindows final : public DesktopWindows {
+public:
+    std::optional<QRect> windowGeometry(const RunningApplication& app) override;
+    void activate(const RunningApplication& app) override;
+    void activateOwnWindow(quintptr windowId) override;
+    void showOnAllWorkspaces(quintptr windowId) override;
+    bool hasCompositor() override;
+
+private:
+    std::optional<unsigned long> windowOf(const RunningApplication& app);
+
+    X11Windows windows_;
+};

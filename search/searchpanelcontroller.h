@@ -1,0 +1,57 @@
+#pragma once
+
+#include "platform/runningapplication.h"
+
+#include <QObject>
+#include <QPointer>
+
+#include <memory>
+#include <optional>
+
+class AccessibilityService;
+class QScreen;
+class DesktopWindows;
+class SearchPanel;
+class SearchView;
+class SearchViewModel;
+struct SearchServices;
+
+// Builds one search panel for one target application, routes the navigation
+// keys to its model, closes it on Escape or a click outside, and gives the
+// focus back to the target when it closes.
+class SearchPanelController : public QObject {
+    Q_OBJECT
+
+public:
+    SearchPanelController(AccessibilityService& accessibilityService, std::optional<RunningApplication> targetApp,
+                          DesktopWindows& windows, QObject* parent = nullptr);
+    ~SearchPanelController() override;
+
+    // What the model is given; tests pass their own.
+    void setSearchServices(const SearchServices& services);
+
+    void show();
+    void dismiss();
+
+    SearchPanel* panel() const { return panel_; }
+    SearchViewModel* searchViewModel() const { return searchViewModel_; }
+    SearchView* searchView() const { return view_; }
+    const std::optional<RunningApplication>& targetApp() const { return targetApp_; }
+    bool monitorsInstalled() const { return monitorsInstalled_; }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void removeMonitors();
+    QScreen* targetScreen() const;
+
+    AccessibilityService& accessibilityService_;
+    const std::optional<RunningApplication> targetApp_;
+    DesktopWindows& windows_;
+    std::unique_ptr<SearchServices> services_;
+    QPointer<SearchPanel> panel_;
+    QPointer<SearchViewModel> searchViewModel_;
+    QPointer<SearchView> view_;
+    bool monitorsInstalled_ = false;
+};
