@@ -46,6 +46,6 @@ void SearchPanel::resizeEvent(QResizeEvent*)
         return;
     }
     QPainterPath shape;
-    shape.addRoundedRect(QRectF(rect()), SearchView::kCornerRadius, SearchView::kCornerRadius);
-    setMask(QRegion(shape.toFillPolygon().toPolygon()));
+    shape.addRoundedRect(QRectF(rect()).adjusted(0, 0, -1, -1), SearchView::kCornerRadius, SearchView::kCornerRadius);
+    setMask(QRegion(shape.toFillPolygon().toPolygon(), Qt::WindingFill));
 }

@@ -63,7 +63,9 @@ void SearchPanelController::show()
     }, *services_);
     searchViewModel_ = model;
     view_ = new SearchView(*model);
-    auto* panel = new SearchPanel(view_, windows_.hasCompositor());
+    const bool compositor = windows_.hasCompositor();
+    view_->setTranslucent(compositor);
+    auto* panel = new SearchPanel(view_, compositor);
     model->setParent(panel); // released with the panel at the latest
     panel->setGeometry(frame);
     panel->show();

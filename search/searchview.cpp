@@ -116,7 +116,17 @@ SearchView::SearchView(SearchViewModel& model, QWidget* parent)
     list_->setFrameShape(QFrame::NoFrame);
     list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     list_->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
-    list_->setStyleSheet(QStringLiteral("QListView { background: transparent; border: none; }"));
+    // A thin scroll bar without arrows, in the text colour, as launchers have.
+    const QColor handle = style_.tertiary;
+    list_->setStyleSheet(QStringLiteral(
+        "QListView { background: transparent; border: none; }"
+        "QScrollBar:vertical { width: 8px; background: transparent; margin: 4px 2px 4px 0; }"
+        "QScrollBar::handle:vertical { background: rgba(%1, %2, %3, 90); border-radius: 3px; min-height: 28px; }"
+        "QScrollBar::add-line:vertical, QScrollBar::sub-line:vertical { height: 0; }"
+        "QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical { background: transparent; }")
+                             .arg(handle.red())
+                             .arg(handle.green())
+                             .arg(handle.blue()));
     list_->viewport()->setAutoFillBackground(false);
     list_->setMouseTracking(false);
     body_->addWidget(loading);
@@ -215,6 +225,12 @@ void SearchView::scrollToSelection()
     scroll_->setStartValue(bar->value());
     scroll_->setEndValue(target);
     scroll_->start();
+}
+
+void SearchView::setTranslucent(bool translucent)
+{
+    style_.background.setAlphaF(translucent ? 0.96f : 1.0f);
+    update();
 }
 
 SearchView::Body SearchView::body() const

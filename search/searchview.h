@@ -29,6 +29,9 @@ public:
 
     explicit SearchView(SearchViewModel& model, QWidget* parent = nullptr);
 
+    // Without a compositor nothing shows through: paint the background opaque.
+    void setTranslucent(bool translucent);
+
     Body body() const;
     bool footerVisible() const;
     QLineEdit* searchField() const { return field_; }

@@ -1,0 +1,127 @@
+#include "desktop.h"
+
+#include <QDir>
+#include <QJsonArray>
+
+#include <gtest/gtest.h>
+
+#include <iostream>
+
+namespace {
+
+using namespace e2e;
+
+// The harness opens the panel over the active window and reports its state.
+class Harness {
+public:
+    explicit Harness(const QStringList& arguments = {})
+    {
+        process_.start(QStringLiteral(PANEL_HARNESS_PATH), arguments);
+        process_.waitForStarted();
+    }
+    ~Harness()
+    {
+        process_.kill();
+        process_.waitForFinished();
+    }
+
+    // Waits for a reported state that satisfies `condition`.
+    bool reports(const std::function<bool(const QJsonObject&)>& condition)
+    {
+        return eventually([&] {
+            process_.waitForReadyRead(50);
+            buffer_ += process_.readAllStandardOutput();
+            for (const QByteArray& line : buffer_.split('\n')) {
+                const QJsonObject state = QJsonDocument::fromJson(line).object();
+                if (!state.isEmpty() && condition(state)) {
+                    last_ = state;
+                    return true;
+                }
+            }
+            return false;
+        });
+    }
+    QJsonObject last() const { return last_; }
+
+private:
+    QProcess process_;
+    QByteArray buffer_;
+    QJsonObject last_;
+};
+
+QString screenshot(const QString& name)
+{
+    QDir().mkpath(QStringLiteral(ARTIFACTS_DIR));
+    const QString path = QStringLiteral(ARTIFACTS_DIR "/%1.png").arg(name);
+    QThread::msleep(250); // let the last frame reach the screen
+    run("import", {"-window", "root", path});
+    std::cout << "screenshot: " << path.toStdString() << std::endl;
+    return path;
+}
+
+QString activeWindowPid()
+{
+    const QString window = run("xdotool", {"getactivewindow"}).out.trimmed();
+    return run("xdotool", {"getwindowpid", window}).out.trimmed();
+}
+
+class PanelOverMousepad : public testing::Test {
+protected:
+    Applications apps;
+    QString mousepadPid;
+
+    void SetUp() override
+    {
+        ASSERT_EQ(apps.start("mousepad", {}, "mousepad", "File → Save As"), "mousepad");
+        mousepadPid = run("pgrep", {"-x", "mousepad"}).out.trimmed();
+        const QString window = run("xdotool", {"search", "--onlyvisible", "--class", "mousepad"}).out.split(u'\n').value(0);
+        run("xdotool", {"windowactivate", "--sync", window});
+        ASSERT_TRUE(eventually([&] { return activeWindowPid() == mousepadPid; }));
+    }
+};
+
+TEST_F(PanelOverMousepad, TypeSaveAsThenReturnRunsItInMousepad)
+{
+    Harness harness;
+    ASSERT_TRUE(harness.reports([](const QJsonObject& s) { return s["body"] == "results" && s["focus"] == true; }));
+    screenshot("panel-results");
+    run("xdotool", {"type", "--delay", "60", "save as"});
+    ASSERT_TRUE(harness.reports([](const QJsonObject& s) { return s["query"] == "save as"; }));
+    const QJsonArray first = harness.last()["rows"].toArray().at(0).toArray();
+    EXPECT_EQ(first, (QJsonArray{"Save As...", "File", "⌃⇧S"}));
+    screenshot("panel-save-as");
+
+    run("xdotool", {"key", "Return"});
+    EXPECT_TRUE(harness.reports([](const QJsonObject& s) { return s["dismissed"] == true; }));
+    EXPECT_TRUE(eventually([&] { return windowsNamed("Save As") > 0; }));
+    EXPECT_TRUE(eventually([&] { return activeWindowPid() == mousepadPid; }));
+}
+
+TEST_F(PanelOverMousepad, EscapeClosesWithoutPressing)
+{
+    Harness harness;
+    ASSERT_TRUE(harness.reports([](const QJsonObject& s) { return s["body"] == "results" && s["focus"] == true; }));
+    run("xdotool", {"type", "--delay", "60", "qqqq"});
+    ASSERT_TRUE(harness.reports([](const QJsonObject& s) { return s["body"] == "noMatch"; }));
+    screenshot("panel-no-match");
+    run("xdotool", {"key", "Escape"});
+    EXPECT_TRUE(harness.reports([](const QJsonObject& s) { return s["dismissed"] == true; }));
+    EXPECT_TRUE(eventually([&] { return activeWindowPid() == mousepadPid; }));
+    QThread::msleep(1000);
+    EXPECT_EQ(windowsNamed("Save As"), 0);
+}
+
+TEST_F(PanelOverMousepad, ArrowsMoveTheSelectionWhileReading)
+{
+    Harness harness({"--delay-reading", "2500"});
+    ASSERT_TRUE(harness.reports([](const QJsonObject& s) { return s["body"] == "loading"; }));
+    screenshot("panel-loading");
+    ASSERT_TRUE(harness.reports([](const QJsonObject& s) { return s["body"] == "results"; }));
+    run("xdotool", {"key", "Down", "Down", "Down"});
+    EXPECT_TRUE(harness.reports([](const QJsonObject& s) { return s["selected"] == 3; }));
+    screenshot("panel-selection");
+    run("xdotool", {"key", "Escape"});
+    EXPECT_TRUE(harness.reports([](const QJsonObject& s) { return s["dismissed"] == true; }));
+}
+
+} // namespace
