@@ -145,3 +145,18 @@ bool SearchPanelController::eventFilter(QObject* watched, QEvent* event)
     }
     return false;
 }
+
+SearchView* SearchPanelController::searchView() const
+{
+    return view_;
+}
+
+SearchViewModel* SearchPanelController::searchViewModel() const
+{
+    return searchViewModel_;
+}
+
+SearchPanel* SearchPanelController::panel() const
+{
+    return panel_;
+}

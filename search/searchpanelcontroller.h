@@ -33,9 +33,9 @@ public:
     void show();
     void dismiss();
 
-    SearchPanel* panel() const { return panel_; }
-    SearchViewModel* searchViewModel() const { return searchViewModel_; }
-    SearchView* searchView() const { return view_; }
+    SearchPanel* panel() const;
+    SearchViewModel* searchViewModel() const;
+    SearchView* searchView() const;
     const std::optional<RunningApplication>& targetApp() const { return targetApp_; }
     bool monitorsInstalled() const { return monitorsInstalled_; }
 

@@ -4,6 +4,7 @@
 #include "platform/linux/x11desktopwindows.h"
 #include "platform/linux/atspiaccessibility.h"
 #include "platform/linux/x11keyboardtap.h"
+#include "platform/linux/x11workspace.h"
 
 namespace {
 
@@ -40,4 +41,10 @@ DesktopWindows& DesktopWindows::current()
 {
     static X11DesktopWindows* windows = new X11DesktopWindows;
     return *windows;
+}
+
+Workspace& Workspace::current()
+{
+    static X11Workspace* workspace = new X11Workspace;
+    return *workspace;
 }

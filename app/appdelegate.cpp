@@ -1,0 +1,317 @@
+#include "app/appdelegate.h"
+
+#include "app/notificationhub.h"
+#include "app/onboardingview.h"
+#include "app/settingsstore.h"
+#include "hotkey/hotkeyservice.h"
+#include "platform/accessibility.h"
+#include "platform/desktopwindows.h"
+#include "platform/workspace.h"
+#include "search/searchpanel.h"
+#include "search/searchpanelcontroller.h"
+#include "search/searchviewmodel.h"
+#include "telemetry/analyticsservice.h"
+#include "telemetry/appinfo.h"
+
+#include <QApplication>
+#include <QBoxLayout>
+#include <QMenu>
+#include <QScreen>
+#include <QSystemTrayIcon>
+#include <QTimer>
+
+namespace {
+
+QIcon resourceIcon(const char* name)
+{
+    return QIcon(QStringLiteral(":/icons/%1.svg").arg(QLatin1String(name)));
+}
+
+} // namespace
+
+AppDelegate::AppDelegate(Services services, QObject* parent)
+    : QObject(parent), services_(std::move(services)), accessibilityService_(services_.accessibility)
+{
+}
+
+AppDelegate::~AppDelegate()
+{
+    searchPanelController_.reset();
+    delete onboardingWindow_;
+    delete settingsWindow_;
+    delete aboutWindow_;
+}
+
+void AppDelegate::setSearchServices(const SearchServices& services)
+{
+    searchServices_ = std::make_unique<SearchServices>(services);
+}
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    // 1. No window but the onboarding and the settings stays from before the start.
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (window != onboardingWindow_ && window != settingsWindow_ && window->isVisible())
+            window->close();
+    }
+    // 2. Usage events and crash reports, only when the user opted in.
+    services_.analytics.start();
+    // 3.
+    setupStatusItem();
+    // 4.
+    setupHotkeyService();
+    // 5.
+    startWorkspaceTracking();
+    // 6.
+    observeUpdateAvailability();
+    // 7.
+    checkFirstLaunch();
+    // 8. The automatic update check, a little later, without waiting for it.
+    QPointer<AppDelegate> self(this);
+    QTimer::singleShot(kUpdateCheckDelayMs, this, [self] {
+        if (self && self->services_.checkForUpdatesAutomatically)
+            self->services_.checkForUpdatesAutomatically();
+    });
+}
+
+void AppDelegate::setupStatusItem()
+{
+    statusItem_ = std::make_unique<QSystemTrayIcon>(resourceIcon("kestrio"));
+    statusItem_->setToolTip(QStringLiteral("Kestrio"));
+    rebuildStatusMenu();
+    updateStatusItemVisibility();
+    connect(&services_.notifications, &NotificationHub::menuBarIconVisibilityChanged, this,
+            &AppDelegate::updateStatusItemVisibility);
+    // A left click opens the same menu, as a status item's would.
+    connect(statusItem_.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
+        if (reason == QSystemTrayIcon::Trigger && statusMenu_)
+            statusMenu_->popup(QCursor::pos());
+    });
+}
+
+void AppDelegate::updateStatusItemVisibility()
+{
+    // Qt shows the icon as soon as a tray host appears, also when none runs yet.
+    statusItem_->setVisible(!services_.settings.hideMenuBarIcon());
+}
+
+void AppDelegate::rebuildStatusMenu()
+{
+    auto menu = std::make_unique<QMenu>();
+    auto add = [&](const QString& title, void (AppDelegate::*action)(), const QKeySequence& key = {},
+                   const char* icon = nullptr) {
+        QAction* item = menu->addAction(title);
+        connect(item, &QAction::triggered, this, action);
+        if (!key.isEmpty())
+            item->setShortcut(key);
+        if (icon)
+            item->setIcon(resourceIcon(icon));
+        return item;
+    };
+    HotkeyService& hotkey = services_.hotkey;
+    add(QStringLiteral("Search Menus…"), &AppDelegate::toggleSearchPanel);
+    if (!hotkey.isActive()) {
+        menu->addSeparator();
+        add(QStringLiteral("Hotkey inactive — grant Accessibility"), &AppDelegate::openAccessibilitySettings, {}, "warning");
+    } else if (hotkey.isSecureInputActive() && hotkey.mode() == HotkeyMode::customShortcut) {
+        menu->addSeparator();
+        add(QStringLiteral("Shortcut blocked by Secure Input"), &AppDelegate::openSettings, {}, "lock");
+    }
+    if (pendingUpdate_) {
+        menu->addSeparator();
+        QAction* download = add(QStringLiteral("Download Update — v") + pendingUpdate_->latestVersion,
+                                &AppDelegate::openUpdateDownload, {}, "download");
+        download->setEnabled(bool(services_.startUpdate));
+    }
+    menu->addSeparator();
+    // The settings and about windows are still to come.
+    add(QStringLiteral("Settings…"), &AppDelegate::openSettings, QKeySequence(Qt::CTRL | Qt::Key_Comma))->setEnabled(false);
+    add(QStringLiteral("About Kestrio"), &AppDelegate::openAbout)->setEnabled(false);
+    menu->addSeparator();
+    add(QStringLiteral("Quit Kestrio"), &AppDelegate::quitApp, QKeySequence(Qt::CTRL | Qt::Key_Q));
+    connect(menu.get(), &QMenu::aboutToShow, this, &AppDelegate::menuWillOpen);
+
+    statusItem_->setContextMenu(menu.get());
+    statusMenu_ = std::move(menu); // the old menu goes
+}
+
+void AppDelegate::menuWillOpen()
+{
+    refreshLastActiveApp();
+    const bool secure = false; // nothing hides key presses from Kestrio's watcher here
+    if (secure != services_.hotkey.isSecureInputActive())
+        services_.hotkey.setSecureInputActive(secure);
+}
+
+void AppDelegate::setupHotkeyService()
+{
+    HotkeyService& hotkey = services_.hotkey;
+    QPointer<AppDelegate> self(this);
+    hotkey.onActivate = [self] {
+        if (self)
+            self->toggleSearchPanel();
+    };
+    hotkey.start();
+    connect(&hotkey, &HotkeyService::isActiveChanged, this, &AppDelegate::rebuildStatusMenu);
+    connect(&services_.notifications, &NotificationHub::hotkeyModeChanged, this, &AppDelegate::reloadHotkeyMode);
+    connect(&services_.notifications, &NotificationHub::analyticsOptInChanged, this, &AppDelegate::applyAnalyticsOptIn);
+}
+
+void AppDelegate::applyAnalyticsOptIn(bool enabled)
+{
+    if (enabled)
+        services_.analytics.start();
+    else if (services_.analytics.isStarted())
+        services_.analytics.stop(); // flushes crash reports for at most 2 s
+}
+
+void AppDelegate::startWorkspaceTracking()
+{
+    refreshLastActiveApp();
+    connect(&services_.workspace, &Workspace::applicationActivated, this, &AppDelegate::refreshLastActiveApp);
+    services_.workspace.startWatching();
+}
+
+void AppDelegate::refreshLastActiveApp()
+{
+    const std::optional<RunningApplication> front = services_.workspace.frontmostApplication();
+    if (!front)
+        return;
+    // Kestrio never searches itself.
+    const bool self = front->processIdentifier == QCoreApplication::applicationPid()
+        || front->bundleIdentifier == services_.ownBundleIdentifier;
+    if (!self)
+        lastActiveApp_ = front;
+}
+
+void AppDelegate::observeUpdateAvailability()
+{
+    connect(&services_.notifications, &NotificationHub::updateAvailable, this, &AppDelegate::updateOffered);
+}
+
+void AppDelegate::updateOffered(const UpdateCheckResult& update)
+{
+    pendingUpdate_ = update;
+    rebuildStatusMenu();
+    statusItem_->setIcon(resourceIcon("kestrio-update"));
+    statusItem_->setToolTip(QStringLiteral("Kestrio — update available"));
+}
+
+void AppDelegate::checkFirstLaunch()
+{
+    if (services_.settings.hasLaunchedBefore() && services_.accessibility.isProcessTrusted())
+        return;
+    showOnboarding();
+    services_.settings.setBool(SettingsKey::hasLaunchedBefore, true);
+}
+
+void AppDelegate::toggleSearchPanel()
+{
+    if (searchPanelController_ && searchPanelController_->panel() && searchPanelController_->panel()->isVisible()) {
+        searchPanelController_->dismiss();
+        return;
+    }
+    if (!services_.accessibility.isProcessTrusted()) {
+        showOnboarding();
+        return;
+    }
+    auto controller = std::make_unique<SearchPanelController>(accessibilityService_, lastActiveApp_, services_.windows);
+    if (searchServices_)
+        controller->setSearchServices(*searchServices_);
+    controller->show();
+    searchPanelController_ = std::move(controller); // the previous one goes, with its panel
+    services_.analytics.track(QStringLiteral("search_opened"),
+                              {{"active_app_bundle_id",
+                                lastActiveApp_ ? lastActiveApp_->bundleIdentifier.value_or(QStringLiteral("unknown"))
+                                               : QStringLiteral("unknown")}});
+}
+
+void AppDelegate::reloadHotkeyMode()
+{
+    const std::optional<QString> stored = services_.settings.hotkeyModeText();
+    HotkeyService& hotkey = services_.hotkey;
+    hotkey.setMode(hotkeyModeFromRawValue(stored));
+    if (stored == QLatin1String("customShortcut")) {
+        if (const std::optional<CustomShortcut> shortcut = CustomShortcut::load(services_.settings)) {
+            hotkey.customShortcut = shortcut;
+            shortcut->save(services_.settings);
+            if (hotkey.mode() == HotkeyMode::customShortcut) {
+                hotkey.stop();
+                hotkey.start();
+            }
+        }
+    }
+    services_.analytics.track(QStringLiteral("settings_changed"), {{"setting_key", "hotkeyMode"}});
+}
+
+void AppDelegate::openAccessibilitySettings()
+{
+    accessibilityService_.openAccessibilitySettings();
+}
+
+void AppDelegate::quitApp()
+{
+    if (services_.terminate)
+        services_.terminate();
+}
+
+void AppDelegate::applicationWillTerminate()
+{
+    if (services_.analytics.isStarted())
+        services_.analytics.stop();
+}
+
+bool AppDelegate::applicationShouldHandleReopen()
+{
+    if (services_.settings.hideMenuBarIcon())
+        openSettings();
+    return false;
+}
+
+void AppDelegate::openSettings() {}
+
+void AppDelegate::openAbout() {}
+
+void AppDelegate::openUpdateDownload()
+{
+    if (!pendingUpdate_)
+        return;
+    services_.analytics.track(QStringLiteral("update_install_started"),
+                              {{"current_version", appVersion()}, {"latest_version", pendingUpdate_->latestVersion}});
+    if (services_.startUpdate)
+        services_.startUpdate(pendingUpdate_->downloadURL);
+}
+
+QWidget* AppDelegate::makeWindow(const QString& title, QSize size, QWidget* content)
+{
+    // Titled, closable, of a fixed size, centred, kept when closed.
+    auto* window = new QWidget(nullptr, Qt::Window | Qt::WindowTitleHint | Qt::WindowCloseButtonHint
+                                            | Qt::CustomizeWindowHint);
+    window->setWindowTitle(title);
+    window->setAttribute(Qt::WA_DeleteOnClose, false);
+    auto* layout = new QVBoxLayout(window);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(content);
+    window->setFixedSize(size);
+    if (QScreen* screen = QGuiApplication::primaryScreen()) {
+        const QRect area = screen->availableGeometry();
+        window->move(area.center() - QPoint(size.width() / 2, size.height() / 2));
+    }
+    window->show();
+    window->raise();
+    window->activateWindow();
+    services_.windows.activateOwnWindow(window->winId());
+    return window;
+}
+
+void AppDelegate::showOnboarding()
+{
+    QPointer<AppDelegate> self(this);
+    auto* view = new OnboardingView(accessibilityService_, [self] {
+        if (!self || !self->onboardingWindow_)
+            return;
+        self->onboardingWindow_->close();
+        self->onboardingWindow_ = nullptr;
+    });
+    onboardingWindow_ = makeWindow(QStringLiteral("Welcome to Kestrio"), QSize(480, 360), view);
+}

@@ -1,0 +1,107 @@
+#pragma once
+
+#include "menu/accessibilityservice.h"
+#include "platform/runningapplication.h"
+#include "update/updatecheckresult.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QWidget>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+class Accessibility;
+class AnalyticsService;
+class DesktopWindows;
+class HotkeyService;
+class NotificationHub;
+class QMenu;
+class QSystemTrayIcon;
+class SearchPanelController;
+class SettingsStore;
+class Workspace;
+struct SearchServices;
+
+// The root of the running program: starts every service in a fixed order,
+// owns the tray icon and its menu, remembers the application the user last
+// worked in, opens the search panel over it, and shows the onboarding.
+class AppDelegate : public QObject {
+    Q_OBJECT
+
+public:
+    static constexpr int kUpdateCheckDelayMs = 2000;
+    static constexpr double kFlushTimeoutSeconds = 2.0;
+
+    // Everything the controller works with; the program passes the real ones.
+    struct Services {
+        SettingsStore& settings;
+        HotkeyService& hotkey;
+        AnalyticsService& analytics;
+        Accessibility& accessibility;
+        DesktopWindows& windows;
+        Workspace& workspace;
+        NotificationHub& notifications;
+        std::function<void()> terminate;                   // ends the program
+        std::function<void()> checkForUpdatesAutomatically; // the daily check, when there is one
+        std::function<void(const QUrl&)> startUpdate;      // the self-updater, when there is one
+        std::optional<QString> ownBundleIdentifier;
+    };
+
+    explicit AppDelegate(Services services, QObject* parent = nullptr);
+    ~AppDelegate() override;
+
+    void applicationDidFinishLaunching();
+    void applicationWillTerminate();
+    bool applicationShouldHandleReopen();
+
+    // Status-menu actions.
+    void toggleSearchPanel();
+    void openAccessibilitySettings();
+    void quitApp();
+    void openSettings();
+    void openAbout();
+    void openUpdateDownload();
+
+    // Handlers.
+    void rebuildStatusMenu();
+    void menuWillOpen();
+    void refreshLastActiveApp();
+    void reloadHotkeyMode();
+    void applyAnalyticsOptIn(bool enabled);
+    void updateOffered(const UpdateCheckResult& update);
+
+    // What tests look at.
+    QSystemTrayIcon* statusItem() const { return statusItem_.get(); }
+    QMenu* statusMenu() const { return statusMenu_.get(); }
+    SearchPanelController* searchPanelController() const { return searchPanelController_.get(); }
+    QWidget* onboardingWindow() const { return onboardingWindow_; }
+    const std::optional<RunningApplication>& lastActiveApp() const { return lastActiveApp_; }
+    const std::optional<UpdateCheckResult>& pendingUpdate() const { return pendingUpdate_; }
+    AccessibilityService& accessibilityService() { return accessibilityService_; }
+    // Only for tests: what panels' models are given.
+    void setSearchServices(const SearchServices& services);
+
+private:
+    void setupStatusItem();
+    void updateStatusItemVisibility();
+    void setupHotkeyService();
+    void startWorkspaceTracking();
+    void observeUpdateAvailability();
+    void checkFirstLaunch();
+    void showOnboarding();
+    QWidget* makeWindow(const QString& title, QSize size, QWidget* content);
+
+    Services services_;
+    std::unique_ptr<QSystemTrayIcon> statusItem_;
+    std::unique_ptr<QMenu> statusMenu_;
+    std::unique_ptr<SearchPanelController> searchPanelController_;
+    AccessibilityService accessibilityService_;
+    QPointer<QWidget> onboardingWindow_;
+    std::optional<RunningApplication> lastActiveApp_;
+    QPointer<QWidget> settingsWindow_;
+    QPointer<QWidget> aboutWindow_;
+    std::optional<UpdateCheckResult> pendingUpdate_;
+    std::unique_ptr<SearchServices> searchServices_;
+};

@@ -1,0 +1,50 @@
+#include "app/kestrioapp.h"
+
+#include <QDir>
+#include <QLocalServer>
+#include <QLocalSocket>
+#include <QStandardPaths>
+
+KestrioApp::KestrioApp(int& argc, char** argv) : QApplication(argc, argv)
+{
+    setApplicationName(QStringLiteral("Kestrio"));
+    setOrganizationName(QStringLiteral("Brambleworks"));
+    setDesktopFileName(QStringLiteral("kestrio"));
+    setQuitOnLastWindowClosed(false);
+}
+
+QString KestrioApp::socketPath() const
+{
+    QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    if (folder.isEmpty())
+        folder = QDir::tempPath();
+    return folder + QStringLiteral("/kestrio.socket");
+}
+
+bool KestrioApp::claimSingleInstance()
+{
+    QLocalSocket other;
+    other.connectToServer(socketPath());
+    if (other.waitForConnected(1000)) {
+        other.write("reopen\n");
+        other.waitForBytesWritten(1000);
+        other.disconnectFromServer();
+        return false;
+    }
+    // Nobody answers: a socket file left behind by a crash is stale.
+    QLocalServer::removeServer(socketPath());
+    server_ = new QLocalServer(this);
+    server_->setSocketOptions(QLocalServer::UserAccessOption);
+    if (!server_->listen(socketPath()))
+        return true; // keep working alone rather than not at all
+    connect(server_, &QLocalServer::newConnection, this, [this] {
+        while (QLocalSocket* socket = server_->nextPendingConnection()) {
+            connect(socket, &QLocalSocket::readyRead, this, [this, socket] {
+                if (socket->readAll().startsWith("reopen"))
+                    emit reopenRequested();
+            });
+            connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+        }
+    });
+    return true;
+}

@@ -1,0 +1,35 @@
+// Kestrio: find and run any menu command of the application in front by typing.
+#include "app/appdelegate.h"
+#include "app/kestrioapp.h"
+#include "app/notificationhub.h"
+#include "app/settingsstore.h"
+#include "hotkey/hotkeyservice.h"
+#include "platform/accessibility.h"
+#include "platform/desktopwindows.h"
+#include "platform/workspace.h"
+#include "telemetry/analyticsservice.h"
+
+int main(int argc, char** argv)
+{
+    KestrioApp app(argc, argv);
+    if (!app.claimSingleInstance())
+        return 0;
+
+    AppDelegate delegate(AppDelegate::Services{
+        SettingsStore::standard(),
+        HotkeyService::shared(),
+        AnalyticsService::shared(),
+        Accessibility::current(),
+        DesktopWindows::current(),
+        Workspace::current(),
+        NotificationHub::shared(),
+        [] { QCoreApplication::quit(); },
+        {},
+        {},
+        QStringLiteral("kestrio"),
+    });
+    QObject::connect(&app, &KestrioApp::reopenRequested, &delegate, [&delegate] { delegate.applicationShouldHandleReopen(); });
+    QObject::connect(&app, &QCoreApplication::aboutToQuit, &delegate, [&delegate] { delegate.applicationWillTerminate(); });
+    delegate.applicationDidFinishLaunching();
+    return app.exec();
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QTimer>
+#include <QWidget>
+
+#include <functional>
+
+class AccessibilityService;
+class QLabel;
+class QPushButton;
+class QStackedWidget;
+
+// The welcome: what Kestrio does, and the accessibility grant it needs. It
+// looks at the grant once a second and changes as soon as it is given.
+class OnboardingView : public QWidget {
+    Q_OBJECT
+
+public:
+    static constexpr int kPollMs = 1000;
+
+    OnboardingView(AccessibilityService& accessibilityService, std::function<void()> onComplete,
+                   QWidget* parent = nullptr);
+
+    bool hasPermission() const { return hasPermission_; }
+    QPushButton* closingButton() const { return closing_; }
+    QPushButton* settingsButton() const { return openSettings_; }
+    QString permissionText() const;
+
+private:
+    void setPermission(bool granted);
+
+    AccessibilityService& accessibilityService_;
+    std::function<void()> onComplete_;
+    bool hasPermission_ = false;
+    QTimer timer_;
+    QStackedWidget* permission_;
+    QLabel* granted_;
+    QLabel* required_;
+    QPushButton* openSettings_;
+    QPushButton* closing_;
+};

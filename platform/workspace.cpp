@@ -1,0 +1,3 @@
+#include "platform/workspace.h"
+
+Workspace::~Workspace() = default;
