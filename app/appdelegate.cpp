@@ -152,7 +152,9 @@ void AppDelegate::setupHotkeyService()
             self->toggleSearchPanel();
     };
     hotkey.start();
+    // Subscribing delivers the current value first, then every change.
     connect(&hotkey, &HotkeyService::isActiveChanged, this, &AppDelegate::rebuildStatusMenu);
+    rebuildStatusMenu();
     connect(&services_.notifications, &NotificationHub::hotkeyModeChanged, this, &AppDelegate::reloadHotkeyMode);
     connect(&services_.notifications, &NotificationHub::analyticsOptInChanged, this, &AppDelegate::applyAnalyticsOptIn);
 }

@@ -1,0 +1,281 @@
+#include "app/appdelegate.h"
+#include "app/notificationhub.h"
+#include "app/onboardingview.h"
+#include "hotkey/hotkeyservice.h"
+#include "platform/fake/fakeaccessibility.h"
+#include "platform/fake/fakeclock.h"
+#include "platform/fake/fakedesktopwindows.h"
+#include "platform/fake/fakehotkeyplatform.h"
+#include "platform/fake/fakesysteminfo.h"
+#include "platform/fake/fakeworkspace.h"
+#include "search/searchpanel.h"
+#include "search/searchpanelcontroller.h"
+#include "search/searchviewmodel.h"
+#include "search/usagetracker.h"
+#include "support/eventually.h"
+#include "support/loopbackhttpserver.h"
+#include "support/tempsettings.h"
+#include "telemetry/analyticsservice.h"
+#include "telemetry/crashreporter.h"
+
+#include <QCoreApplication>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QMenu>
+#include <QPushButton>
+#include <QSystemTrayIcon>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using E = FakeElement;
+
+const RunningApplication kMousepad{42, "mousepad", "org.xfce.mousepad", 0x400003};
+
+class Controller : public testing::Test {
+protected:
+    LoopbackHttpServer events;
+    TempSettings settings;
+    FakeSystemInfo system;
+    FakeClock wallClock;
+    FakeClock monotonic;
+    QTemporaryDir crashFolder;
+    CrashReporter crashReporter{system, crashFolder.path()};
+    AnalyticsService analytics{settings.store(), system, wallClock,
+                               AnalyticsService::Endpoint{events.url("/api/v0/event"), "A-EU-1234567890", ""}, crashReporter};
+    FakeHotkeyPlatform keyboard;
+    HotkeyService hotkey{keyboard, settings.store(), monotonic};
+    FakeAccessibility ax;
+    FakeDesktopWindows windows;
+    FakeWorkspace workspace;
+    NotificationHub hub;
+    UsageTracker usage{settings.store()};
+    int terminations = 0;
+    int updateChecks = 0;
+    std::unique_ptr<AppDelegate> app;
+
+    Controller()
+    {
+        ax.leadingMenus = 0;
+        ax.addApplication(42, E::menuBar({E::barMenu("File", {E::item("Save As…")})}));
+        workspace.frontmost = kMousepad;
+    }
+
+    void launch()
+    {
+        app = std::make_unique<AppDelegate>(AppDelegate::Services{
+            settings.store(), hotkey, analytics, ax, windows, workspace, hub,
+            [this] { ++terminations; }, [this] { ++updateChecks; }, {}, QStringLiteral("kestrio")});
+        app->setSearchServices(SearchServices{&usage, &analytics, [](const MenuItem&) { return true; }});
+        app->applicationDidFinishLaunching();
+    }
+
+    // The status menu as text: titles, "-" for separators, "(off)" for disabled rows.
+    QStringList menu() const
+    {
+        QStringList rows;
+        for (QAction* action : app->statusMenu()->actions()) {
+            if (action->isSeparator())
+                rows << "-";
+            else
+                rows << action->text() + (action->isEnabled() ? "" : " (off)")
+                        + (action->shortcut().isEmpty() ? "" : " [" + action->shortcut().toString() + "]");
+        }
+        return rows;
+    }
+
+    QAction* row(const QString& title) const
+    {
+        for (QAction* action : app->statusMenu()->actions()) {
+            if (action->text() == title)
+                return action;
+        }
+        return nullptr;
+    }
+
+    QStringList sentEventNames()
+    {
+        QStringList names;
+        for (const auto& r : events.requests)
+            names << QJsonDocument::fromJson(r.body).object().value("eventName").toString();
+        return names;
+    }
+};
+
+TEST_F(Controller, StartUpInOrder)
+{
+    settings.store().setBool(SettingsKey::hasLaunchedBefore, true);
+    launch();
+    EXPECT_TRUE(app->statusItem()->isVisible());
+    EXPECT_EQ(app->statusItem()->toolTip(), "Kestrio");
+    EXPECT_TRUE(hotkey.isActive());
+    EXPECT_TRUE(workspace.watching);
+    EXPECT_EQ(app->lastActiveApp(), kMousepad);
+    EXPECT_FALSE(app->onboardingWindow()); // launched before and trusted: no window
+    EXPECT_EQ(updateChecks, 0);
+    EXPECT_TRUE(eventually([&] { return updateChecks == 1; })); // two seconds later
+}
+
+TEST_F(Controller, StatusMenuRows)
+{
+    launch();
+    const QStringList normal{"Search Menus…", "-", "Settings… (off) [Ctrl+,]", "About Kestrio (off)", "-",
+                             "Quit Kestrio [Ctrl+Q]"};
+    EXPECT_EQ(menu(), normal);
+
+    keyboard.trusted = false;
+    hotkey.start(); // the detector goes inactive: the menu says so
+    EXPECT_EQ(menu(), (QStringList{"Search Menus…", "-", "Hotkey inactive — grant Accessibility", "-",
+                                   "Settings… (off) [Ctrl+,]", "About Kestrio (off)", "-", "Quit Kestrio [Ctrl+Q]"}));
+
+    keyboard.trusted = true;
+    keyboard.secureInput = true;
+    hotkey.setMode(HotkeyMode::customShortcut);
+    EXPECT_EQ(menu().value(2), "Settings… (off) [Ctrl+,]"); // shown at the next rebuild, not before
+    app->rebuildStatusMenu();
+    EXPECT_EQ(menu().value(2), "Shortcut blocked by Secure Input");
+
+    hub.postUpdateAvailable(UpdateCheckResult{"2.1.0", std::nullopt, QUrl("https://example.invalid/k.tar.gz"), std::nullopt, true});
+    EXPECT_EQ(menu().mid(3, 3), (QStringList{"-", "Download Update — v2.1.0 (off)", "-"}));
+    EXPECT_EQ(app->statusItem()->toolTip(), "Kestrio — update available");
+}
+
+TEST_F(Controller, InactiveWarningWinsOverSecureInput)
+{
+    saveHotkeyMode(HotkeyMode::customShortcut, settings.store());
+    keyboard.trusted = false;
+    keyboard.secureInput = true;
+    hotkey.setMode(HotkeyMode::customShortcut);
+    launch();
+    EXPECT_EQ(menu().value(2), "Hotkey inactive — grant Accessibility");
+    EXPECT_FALSE(menu().contains("Shortcut blocked by Secure Input"));
+    row("Hotkey inactive — grant Accessibility")->trigger();
+    EXPECT_EQ(ax.settingsOpened, 1);
+}
+
+TEST_F(Controller, TrayIconFollowsTheSetting)
+{
+    settings.store().setBool(SettingsKey::hideMenuBarIcon, true);
+    launch();
+    EXPECT_FALSE(app->statusItem()->isVisible());
+    settings.store().setBool(SettingsKey::hideMenuBarIcon, false);
+    hub.postMenuBarIconVisibilityChanged();
+    EXPECT_TRUE(app->statusItem()->isVisible());
+}
+
+TEST_F(Controller, OnboardingAtFirstLaunchAndWhileUntrusted)
+{
+    launch();
+    ASSERT_TRUE(app->onboardingWindow());
+    EXPECT_EQ(app->onboardingWindow()->windowTitle(), "Welcome to Kestrio");
+    EXPECT_EQ(app->onboardingWindow()->size(), QSize(480, 360));
+    EXPECT_TRUE(settings.store().hasLaunchedBefore());
+
+    // Both closing buttons only close the window.
+    auto* view = app->onboardingWindow()->findChild<OnboardingView*>();
+    ASSERT_TRUE(view);
+    EXPECT_EQ(view->closingButton()->text(), "Continue Without Permission"); // first look after a second
+    EXPECT_TRUE(eventually([&] { return view->hasPermission(); }));
+    EXPECT_EQ(view->closingButton()->text(), "Get Started");
+    QTest::mouseClick(view->closingButton(), Qt::LeftButton);
+    EXPECT_FALSE(app->onboardingWindow());
+
+    // Launched before but untrusted: shown again, and instead of the panel.
+    app.reset();
+    ax.trusted = false;
+    launch();
+    EXPECT_TRUE(app->onboardingWindow());
+    app->toggleSearchPanel();
+    EXPECT_FALSE(app->searchPanelController());
+}
+
+TEST_F(Controller, ToggleOpensOverTheLastOtherApplicationAndClosesWhenShown)
+{
+    settings.store().setBool(SettingsKey::hasLaunchedBefore, true);
+    launch();
+    // Kestrio itself in front (its own window, by pid or by its id) is never the target.
+    workspace.activate(RunningApplication{qint32(QCoreApplication::applicationPid()), "Kestrio", std::nullopt});
+    workspace.activate(RunningApplication{99, "Kestrio", "kestrio"});
+    workspace.activate(std::nullopt);
+    EXPECT_EQ(app->lastActiveApp(), kMousepad);
+
+    app->toggleSearchPanel();
+    ASSERT_TRUE(app->searchPanelController());
+    EXPECT_TRUE(app->searchPanelController()->panel()->isVisible());
+    EXPECT_EQ(app->searchPanelController()->targetApp(), kMousepad);
+
+    app->toggleSearchPanel(); // visible: closes it
+    EXPECT_FALSE(app->searchPanelController()->panel());
+    EXPECT_EQ(windows.activated.size(), 1);
+
+    app->toggleSearchPanel(); // a fresh panel
+    EXPECT_TRUE(app->searchPanelController()->panel());
+}
+
+TEST_F(Controller, TheHotkeyOpensThePanel)
+{
+    settings.store().setBool(SettingsKey::hasLaunchedBefore, true);
+    launch();
+    keyboard.flags(0x100000);
+    keyboard.flags(0);
+    monotonic.advance(0.1);
+    keyboard.flags(0x100000);
+    keyboard.flags(0);
+    EXPECT_TRUE(eventually([&] { return app->searchPanelController() && app->searchPanelController()->panel(); }));
+}
+
+TEST_F(Controller, SearchOpenedEventNamesTheTargetOrUnknown)
+{
+    settings.store().setBool(SettingsKey::hasLaunchedBefore, true);
+    settings.store().setBool(SettingsKey::analyticsEnabled, true);
+    workspace.frontmost = std::nullopt;
+    launch();
+    app->toggleSearchPanel();
+    ASSERT_TRUE(events.waitForRequests(2));
+    const QJsonObject opened = QJsonDocument::fromJson(events.requests[1].body).object();
+    EXPECT_EQ(opened.value("eventName"), "search_opened");
+    EXPECT_EQ(opened.value("props").toObject().value("active_app_bundle_id"), "unknown");
+}
+
+TEST_F(Controller, ReloadingTheHotkeyMode)
+{
+    settings.store().setBool(SettingsKey::hasLaunchedBefore, true);
+    settings.store().setBool(SettingsKey::analyticsEnabled, true);
+    launch();
+    settings.store().setString(SettingsKey::hotkeyMode, "tripleTap"); // unknown: double-tap Command
+    hub.postHotkeyModeChanged();
+    EXPECT_EQ(hotkey.mode(), HotkeyMode::doubleTapCommand);
+    EXPECT_EQ(settings.store().hotkeyModeText(), "doubleTapCommand");
+
+    settings.store().setString(SettingsKey::hotkeyMode, "customShortcut");
+    CustomShortcut{40, 0x40000}.save(settings.store());
+    hub.postHotkeyModeChanged();
+    EXPECT_EQ(hotkey.mode(), HotkeyMode::customShortcut);
+    EXPECT_EQ(hotkey.customShortcut, (CustomShortcut{40, 0x40000}));
+    ASSERT_TRUE(events.waitForRequests(3));
+    EXPECT_EQ(sentEventNames(), (QStringList{"app_launched", "settings_changed", "settings_changed"}));
+}
+
+TEST_F(Controller, OptOutAndQuitFlushOnlyWhenStarted)
+{
+    launch();
+    app->applyAnalyticsOptIn(false);
+    EXPECT_FALSE(analytics.isStarted());
+    settings.store().setBool(SettingsKey::analyticsEnabled, true);
+    hub.postAnalyticsOptInChanged(true);
+    EXPECT_TRUE(analytics.isStarted());
+    EXPECT_TRUE(crashReporter.isActive());
+    hub.postAnalyticsOptInChanged(false);
+    EXPECT_FALSE(analytics.isStarted());
+    EXPECT_FALSE(crashReporter.isActive());
+
+    row("Quit Kestrio")->trigger();
+    EXPECT_EQ(terminations, 1);
+    app->applicationWillTerminate();
+    EXPECT_FALSE(analytics.isStarted());
+}
+
+} // namespace
