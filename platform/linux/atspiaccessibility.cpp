@@ -4,6 +4,7 @@
 #include "platform/linux/atspielement.h"
 #include "platform/linux/atspimenureader.h"
 
+#include <QCoreApplication>
 #include <QDBusMessage>
 #include <QDBusVariant>
 #include <QProcess>
@@ -34,31 +35,38 @@ AtspiAccessibility::~AtspiAccessibility() = default;
 QList<AtspiAccessibility::ApplicationInfo> AtspiAccessibility::applications()
 {
     const QList<AtspiRef> roots = bus_.applications();
-    struct Pending {
-        ApplicationInfo info;
-        QDBusPendingCall pid, name, toolkit;
-    };
-    std::vector<Pending> pending;
     QDBusConnection connection = bus_.connection();
+    // First every application's process, which the bus itself answers.
+    std::vector<std::pair<AtspiRef, QDBusPendingCall>> pids;
     for (const AtspiRef& root : roots) {
         QDBusMessage askPid = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
                                                              QStringLiteral("/org/freedesktop/DBus"),
                                                              QStringLiteral("org.freedesktop.DBus"),
                                                              QStringLiteral("GetConnectionUnixProcessID"));
         askPid.setArguments({root.bus});
-        pending.push_back({ApplicationInfo{0, {}, {}, root}, connection.asyncCall(askPid, AtspiBus::kCallTimeoutMs),
+        pids.emplace_back(root, connection.asyncCall(askPid, AtspiBus::kCallTimeoutMs));
+    }
+    // Then the names, from the applications themselves; never from this
+    // process, whose own thread would be the one waiting for the answer.
+    const qint32 self = qint32(QCoreApplication::applicationPid());
+    struct Pending {
+        ApplicationInfo info;
+        QDBusPendingCall name, toolkit;
+    };
+    std::vector<Pending> pending;
+    for (auto& [root, call] : pids) {
+        call.waitForFinished();
+        const auto pid = AtspiBus::valueOf(call.reply());
+        if (!pid || qint32(pid->toUInt()) == self)
+            continue;
+        pending.push_back({ApplicationInfo{qint32(pid->toUInt()), {}, {}, root},
                            bus_.property(root, kAccessible, QStringLiteral("Name")),
                            bus_.property(root, kApplication, QStringLiteral("ToolkitName"))});
     }
     QList<ApplicationInfo> apps;
     for (Pending& p : pending) {
-        p.pid.waitForFinished();
         p.name.waitForFinished();
         p.toolkit.waitForFinished();
-        const auto pid = AtspiBus::valueOf(p.pid.reply());
-        if (!pid)
-            continue;
-        p.info.pid = qint32(pid->toUInt());
         p.info.name = AtspiBus::valueOf(p.name.reply()).value_or(QVariant()).toString();
         p.info.toolkit = AtspiBus::valueOf(p.toolkit.reply()).value_or(QVariant()).toString();
         apps.append(p.info);
