@@ -1,0 +1,116 @@
+// From the second tap of a double tap to the search panel on screen: injects
+// double taps of Super with XTest over the active application and times the
+// panel's first paint and the paint that shows its results, with the menu
+// reader's cache cold (a new reader every time) and warm (one reader).
+#include "app/settingsstore.h"
+#include "hotkey/hotkeyservice.h"
+#include "menu/accessibilityservice.h"
+#include "platform/accessibility.h"
+#include "platform/clock.h"
+#include "platform/desktopwindows.h"
+#include "platform/hotkeyplatform.h"
+#include "search/searchpanel.h"
+#include "search/searchpanelcontroller.h"
+#include "search/searchviewmodel.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QTimer>
+
+#include <X11/Xlib.h>
+#include <X11/extensions/XTest.h>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+struct PaintWatch : QObject {
+    std::function<void()> onPaint;
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::UpdateRequest && onPaint)
+            QTimer::singleShot(0, this, onPaint); // after the update has been drawn
+        return false;
+    }
+};
+
+double median(std::vector<double> v)
+{
+    std::sort(v.begin(), v.end());
+    return v.empty() ? 0 : v[v.size() / 2];
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QApplication app(argc, argv);
+    app.setQuitOnLastWindowClosed(false);
+    SettingsStore settings(QDir::temp().filePath(QStringLiteral("kestrio-activation-bench.json")));
+    HotkeyService hotkey(HotkeyPlatform::current(), settings, Clock::monotonic());
+    const std::optional<RunningApplication> target = Accessibility::current().frontmostApplication();
+    if (!target || !hotkey.start()) {
+        std::fprintf(stderr, "needs an active application and the keyboard\n");
+        return 1;
+    }
+    constexpr int kRounds = 10;
+    auto warmReader = std::make_unique<AccessibilityService>(Accessibility::current());
+    std::unique_ptr<AccessibilityService> coldReader;
+    std::unique_ptr<SearchPanelController> controller;
+    PaintWatch watch;
+    QElapsedTimer sinceTap;
+    std::vector<double> firstPaint[2], resultsPaint[2];
+    int round = 0;
+    bool painted = false, resultsShown = false;
+
+    hotkey.onActivate = [&] {
+        const bool cold = round < kRounds;
+        if (cold)
+            coldReader = std::make_unique<AccessibilityService>(Accessibility::current());
+        controller = std::make_unique<SearchPanelController>(cold ? *coldReader : *warmReader, target, DesktopWindows::current());
+        painted = resultsShown = false;
+        controller->show();
+        controller->panel()->installEventFilter(&watch);
+        watch.onPaint = [&, cold] {
+            if (!controller || !controller->panel())
+                return;
+            if (!painted) {
+                painted = true;
+                firstPaint[cold].push_back(double(sinceTap.nsecsElapsed()) / 1e6);
+            }
+            if (!resultsShown && !controller->searchViewModel()->isLoading()) {
+                resultsShown = true;
+                resultsPaint[cold].push_back(double(sinceTap.nsecsElapsed()) / 1e6);
+            }
+        };
+    };
+
+    Display* display = XOpenDisplay(nullptr);
+    const KeyCode super = XKeysymToKeycode(display, XStringToKeysym("Super_L"));
+    auto key = [&](bool down) {
+        XTestFakeKeyEvent(display, super, down ? True : False, CurrentTime);
+        XFlush(display);
+    };
+    QTimer tick;
+    QObject::connect(&tick, &QTimer::timeout, [&] {
+        if (controller)
+            controller->dismiss();
+        if (round == 2 * kRounds) {
+            std::printf("second tap → panel        first paint   results painted   (median of %d, ms)\n", kRounds);
+            std::printf("cold (new reader)            %8.1f        %8.1f\n", median(firstPaint[1]), median(resultsPaint[1]));
+            std::printf("warm (cached reading)        %8.1f        %8.1f\n", median(firstPaint[0]), median(resultsPaint[0]));
+            app.quit();
+            return;
+        }
+        ++round;
+        key(true);
+        key(false);
+        key(true);
+        sinceTap.start();
+        key(false);
+    });
+    tick.start(700);
+    return app.exec();
+}
