@@ -13,7 +13,7 @@
 #include "search/searchviewmodel.h"
 #include "search/usagetracker.h"
 #include "support/eventually.h"
-#include "support/loopbackhttpserver.h"
+#include "support/testtelemetry.h"
 #include "support/tempsettings.h"
 #include "telemetry/analyticsservice.h"
 #include "telemetry/crashreporter.h"
@@ -37,15 +37,12 @@ const RunningApplication kMousepad{42, "mousepad", "org.xfce.mousepad", 0x400003
 
 class Controller : public testing::Test {
 protected:
-    LoopbackHttpServer events;
     TempSettings settings;
-    FakeSystemInfo system;
-    FakeClock wallClock;
+    TestTelemetry telemetry{settings.store()};
+    LoopbackHttpServer& events = telemetry.events;
+    CrashReporter& crashReporter = telemetry.crashReporter;
+    AnalyticsService& analytics = telemetry.analytics;
     FakeClock monotonic;
-    QTemporaryDir crashFolder;
-    CrashReporter crashReporter{system, crashFolder.path()};
-    AnalyticsService analytics{settings.store(), system, wallClock,
-                               AnalyticsService::Endpoint{events.url("/api/v0/event"), "A-EU-1234567890", ""}, crashReporter};
     FakeHotkeyPlatform keyboard;
     HotkeyService hotkey{keyboard, settings.store(), monotonic};
     FakeAccessibility ax;
@@ -96,13 +93,7 @@ protected:
         return nullptr;
     }
 
-    QStringList sentEventNames()
-    {
-        QStringList names;
-        for (const auto& r : events.requests)
-            names << QJsonDocument::fromJson(r.body).object().value("eventName").toString();
-        return names;
-    }
+    QStringList sentEventNames() const { return telemetry.sentEventNames(); }
 };
 
 TEST_F(Controller, StartUpInOrder)

@@ -12,6 +12,7 @@
 #include "search/usagetracker.h"
 #include "support/eventually.h"
 #include "support/tempsettings.h"
+#include "support/testtelemetry.h"
 #include "telemetry/analyticsservice.h"
 #include "telemetry/crashreporter.h"
 
@@ -40,11 +41,8 @@ TEST(SearchPanelGeometry, CentredAndRaisedOnTheFreeArea)
 class Panel : public testing::Test {
 protected:
     TempSettings settings;
-    FakeSystemInfo system;
-    FakeClock clock;
-    QTemporaryDir crashFolder;
-    CrashReporter crashReporter{system, crashFolder.path()};
-    AnalyticsService analytics{settings.store(), system, clock, {}, crashReporter};
+    TestTelemetry telemetry{settings.store()};
+    AnalyticsService& analytics = telemetry.analytics;
     UsageTracker usage{settings.store()};
     FakeAccessibility ax;
     AccessibilityService reader{ax};

@@ -5,7 +5,7 @@
 #include "search/searchviewmodel.h"
 #include "search/usagetracker.h"
 #include "support/eventually.h"
-#include "support/loopbackhttpserver.h"
+#include "support/testtelemetry.h"
 #include "support/tempsettings.h"
 #include "telemetry/analyticsservice.h"
 #include "telemetry/crashreporter.h"
@@ -25,15 +25,10 @@ const RunningApplication kEditor{42, "Editor", "org.editor"};
 
 class SearchModel : public testing::Test {
 protected:
-    LoopbackHttpServer events;
     TempSettings settings;
-    FakeSystemInfo system;
-    FakeClock clock;
-    QTemporaryDir crashFolder;
-    CrashReporter crashReporter{system, crashFolder.path()};
-    AnalyticsService analytics{settings.store(), system, clock,
-                               AnalyticsService::Endpoint{events.url("/api/v0/event"), "A-EU-1234567890", ""},
-                               crashReporter};
+    TestTelemetry telemetry{settings.store()};
+    LoopbackHttpServer& events = telemetry.events;
+    AnalyticsService& analytics = telemetry.analytics;
     UsageTracker usage{settings.store()};
     FakeAccessibility ax;
     AccessibilityService reader{ax};
@@ -71,13 +66,7 @@ protected:
         return out;
     }
 
-    QList<QJsonObject> sentEvents()
-    {
-        QList<QJsonObject> out;
-        for (const auto& r : events.requests)
-            out << QJsonDocument::fromJson(r.body).object();
-        return out;
-    }
+    QList<QJsonObject> sentEvents() const { return telemetry.sentEvents(); }
 };
 
 TEST_F(SearchModel, LoadsInTheBackgroundAndDelivers)

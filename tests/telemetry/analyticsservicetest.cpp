@@ -1,7 +1,7 @@
 #include "platform/fake/fakeclock.h"
 #include "platform/fake/fakesysteminfo.h"
 #include "support/eventually.h"
-#include "support/loopbackhttpserver.h"
+#include "support/testtelemetry.h"
 #include "support/tempsettings.h"
 #include "telemetry/analyticsservice.h"
 #include "telemetry/appinfo.h"
@@ -33,28 +33,18 @@ QJsonObject envelopeEvent(const QByteArray& body)
 
 class Telemetry : public testing::Test {
 protected:
-    LoopbackHttpServer events;
-    LoopbackHttpServer crashes;
     TempSettings settings;
-    FakeSystemInfo system;
-    FakeClock clock;
-    QTemporaryDir crashFolder;
-    CrashReporter crashReporter{system, crashFolder.path()};
-    AnalyticsService service{settings.store(), system, clock,
-                             AnalyticsService::Endpoint{events.url("/api/v0/event"), "A-EU-1234567890",
-                                                        QStringLiteral("http://0123456789abcdef0123456789abcdef@127.0.0.1:%1/42")
-                                                            .arg(crashes.port())},
-                             crashReporter};
+    TestTelemetry telemetry{settings.store()};
+    LoopbackHttpServer& events = telemetry.events;
+    LoopbackHttpServer& crashes = telemetry.crashes;
+    FakeSystemInfo& system = telemetry.system;
+    FakeClock& clock = telemetry.clock;
+    QTemporaryDir& crashFolder = telemetry.crashFolder;
+    CrashReporter& crashReporter = telemetry.crashReporter;
+    AnalyticsService& service = telemetry.analytics;
 
     void optIn() { settings.store().setBool(SettingsKey::analyticsEnabled, true); }
-
-    QStringList eventNames()
-    {
-        QStringList names;
-        for (const auto& r : events.requests)
-            names << json(r.body).value("eventName").toString();
-        return names;
-    }
+    QStringList eventNames() const { return telemetry.sentEventNames(); }
 };
 
 TEST_F(Telemetry, EventJsonAndHeaders)
