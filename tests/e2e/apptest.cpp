@@ -34,7 +34,7 @@ TEST(Kestrio, OneSearchFromTheHotkeyToTheCommand)
 {
     Applications apps;
     ASSERT_EQ(apps.start("mousepad", {}, "mousepad", "File → Save As"), "mousepad");
-    const QString mousepadPid = run("pgrep", {"-x", "mousepad"}).out.trimmed();
+    const QString mousepadPid = pidOf("mousepad");
 
     QProcess kestrio;
     kestrio.setProcessChannelMode(QProcess::ForwardedChannels);

@@ -60,6 +60,17 @@ inline bool eventually(const std::function<bool()>& condition, int timeoutMs = k
     return condition();
 }
 
+// The process id of the application called `name` on this session's
+// accessibility bus; other sessions on the machine have their own.
+inline QString pidOf(const QString& name)
+{
+    for (const QString& line : kestrioctl({"apps"}).out.split(u'\n', Qt::SkipEmptyParts)) {
+        if (line.section(u'\t', 1, 1) == name)
+            return line.section(u'\t', 0, 0);
+    }
+    return {};
+}
+
 // Visible windows whose title contains `name`.
 inline int windowsNamed(const QString& name)
 {

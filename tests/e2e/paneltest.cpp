@@ -73,7 +73,7 @@ protected:
     void SetUp() override
     {
         ASSERT_EQ(apps.start("mousepad", {}, "mousepad", "File → Save As"), "mousepad");
-        mousepadPid = run("pgrep", {"-x", "mousepad"}).out.trimmed();
+        mousepadPid = pidOf("mousepad");
         const QString window = run("xdotool", {"search", "--onlyvisible", "--class", "mousepad"}).out.split(u'\n').value(0);
         run("xdotool", {"windowactivate", "--sync", window});
         ASSERT_TRUE(eventually([&] { return activeWindowPid() == mousepadPid; }));
