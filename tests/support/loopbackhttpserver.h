@@ -40,7 +40,8 @@ struct RecordedRequest {
 class LoopbackHttpServer : public QObject {
 public:
     int status = 200;
-    bool answer = true; // false: keep the client waiting
+    QByteArray body;     // sent with every answer
+    bool answer = true;  // false: keep the client waiting
     QList<RecordedRequest> requests;
 
     LoopbackHttpServer()
@@ -109,7 +110,8 @@ private:
         buffers_.remove(socket);
         requests.append(request);
         if (answer)
-            socket->write(QByteArray("HTTP/1.1 ") + QByteArray::number(status) + " OK\r\nContent-Length: 0\r\n\r\n");
+            socket->write(QByteArray("HTTP/1.1 ") + QByteArray::number(status) + " Answer\r\nContent-Length: "
+                          + QByteArray::number(body.size()) + "\r\nConnection: close\r\n\r\n" + body);
     }
 
     QTcpServer server_;

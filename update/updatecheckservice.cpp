@@ -1,0 +1,118 @@
+#include "update/updatecheckservice.h"
+
+#include "app/notificationhub.h"
+#include "app/settingsstore.h"
+#include "buildconfig.h"
+#include "platform/clock.h"
+#include "platform/systeminfo.h"
+#include "telemetry/analyticsservice.h"
+#include "telemetry/appinfo.h"
+#include "update/versionmanifest.h"
+
+#include <QDateTime>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QPointer>
+
+UpdateCheckService& UpdateCheckService::shared()
+{
+    static UpdateCheckService* service =
+        new UpdateCheckService(builtInManifestURL(), SettingsStore::standard(), AnalyticsService::shared(),
+                               NotificationHub::shared(), SystemInfo::current(), Clock::wall());
+    return *service;
+}
+
+QUrl UpdateCheckService::builtInManifestURL()
+{
+    return QUrl(QStringLiteral("https://%1/apps/kestrio/latest.json").arg(QStringLiteral(KESTRIO_WEBSITE_HOST)));
+}
+
+UpdateCheckService::UpdateCheckService(QUrl manifestURL, SettingsStore& settings, AnalyticsService& analytics,
+                                       NotificationHub& notifications, const SystemInfo& system,
+                                       const Clock& wallClock, QObject* parent)
+    : QObject(parent),
+      manifestURL(std::move(manifestURL)),
+      settings_(settings),
+      analytics_(analytics),
+      notifications_(notifications),
+      system_(system),
+      clock_(wallClock)
+{
+}
+
+UpdateCheckService::Outcome UpdateCheckService::evaluateManifestResponse(QNetworkReply& reply)
+{
+    const QVariant status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute);
+    // No HTTP status at all: the request never got an answer.
+    if (!status.isValid()) {
+        if (reply.error() != QNetworkReply::NoError)
+            return UpdateCheckError{UpdateCheckError::Kind::network, reply.errorString()};
+        return UpdateCheckError{UpdateCheckError::Kind::invalidResponse, {}};
+    }
+    const int code = status.toInt();
+    if (code < 200 || code > 299)
+        return UpdateCheckError{UpdateCheckError::Kind::invalidResponse, {}};
+    const auto decoded = VersionManifest::decode(reply.readAll());
+    if (const auto* error = std::get_if<VersionManifest::DecodeError>(&decoded))
+        return UpdateCheckError{UpdateCheckError::Kind::decode, error->description};
+    const auto result = UpdateCheckResult::make(std::get<VersionManifest>(decoded), appVersion());
+    if (!result)
+        return UpdateCheckError{UpdateCheckError::Kind::invalidResponse, {}};
+    return *result;
+}
+
+void UpdateCheckService::checkForUpdates(std::function<void(const Outcome&)> completion)
+{
+    if (!network_) {
+        network_ = new QNetworkAccessManager(this);
+        network_->setTransferTimeout(kRequestTimeoutMs);
+    }
+    QNetworkRequest request(manifestURL);
+    request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
+    request.setTransferTimeout(kRequestTimeoutMs);
+    request.setRawHeader("User-Agent",
+                         QStringLiteral("Kestrio/%1 (%2)").arg(appVersion(), system_.osName()).toUtf8());
+    QNetworkReply* reply = network_->get(request);
+    connect(reply, &QNetworkReply::finished, this, [this, reply, completion = std::move(completion)] {
+        const Outcome outcome = evaluateManifestResponse(*reply);
+        reply->deleteLater();
+        // Always later, never inside the caller's own call.
+        QMetaObject::invokeMethod(this, [completion, outcome] {
+            if (completion)
+                completion(outcome);
+        }, Qt::QueuedConnection);
+    });
+}
+
+void UpdateCheckService::checkAutomaticallyIfNeeded()
+{
+    if (!settings_.autoUpdateCheck())
+        return;
+    if (const auto last = settings_.lastUpdateCheckDate()) {
+        const double elapsed = clock_.seconds() - double(last->toMSecsSinceEpoch()) / 1000.0;
+        if (elapsed < automaticCheckInterval) // also a date in the future
+            return;
+    }
+    QPointer<UpdateCheckService> self(this);
+    checkForUpdates([self](const Outcome& outcome) {
+        if (self)
+            self->handleAutomaticCheckResult(outcome);
+    });
+}
+
+void UpdateCheckService::handleAutomaticCheckResult(const Outcome& outcome)
+{
+    settings_.setDate(SettingsKey::lastUpdateCheckDate,
+                      QDateTime::fromMSecsSinceEpoch(qint64(clock_.seconds() * 1000), Qt::UTC));
+    if (const auto* result = std::get_if<UpdateCheckResult>(&outcome)) {
+        if (result->isNewer) {
+            notifications_.postUpdateAvailable(*result);
+            analytics_.track(QStringLiteral("update_available"),
+                             {{"current_version", appVersion()}, {"latest_version", result->latestVersion}});
+        }
+        return;
+    }
+    if (analytics_.isStarted())
+        analytics_.captureError(QStringLiteral("UpdateCheckError"), std::get<UpdateCheckError>(outcome).description(),
+                                {{"source", "auto_update_check"}});
+}

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "update/updatecheckerror.h"
+#include "update/updatecheckresult.h"
+
+#include <QObject>
+#include <QUrl>
+
+#include <functional>
+#include <variant>
+
+class AnalyticsService;
+class Clock;
+class NotificationHub;
+class QNetworkAccessManager;
+class QNetworkReply;
+class SettingsStore;
+class SystemInfo;
+
+// Reads the maker's version manifest, once a day on its own and whenever the
+// user asks.
+class UpdateCheckService : public QObject {
+    Q_OBJECT
+
+public:
+    using Outcome = std::variant<UpdateCheckResult, UpdateCheckError>;
+
+    static constexpr double automaticCheckInterval = 86400;
+    static constexpr int kRequestTimeoutMs = 10000;
+
+    static UpdateCheckService& shared();
+    static QUrl builtInManifestURL();
+
+    UpdateCheckService(QUrl manifestURL, SettingsStore& settings, AnalyticsService& analytics,
+                       NotificationHub& notifications, const SystemInfo& system, const Clock& wallClock,
+                       QObject* parent = nullptr);
+
+    const QUrl manifestURL;
+
+    // The completion runs once, later, on the main thread.
+    void checkForUpdates(std::function<void(const Outcome&)> completion);
+    void checkAutomaticallyIfNeeded();
+    void handleAutomaticCheckResult(const Outcome& outcome);
+
+    // What an answer to the manifest request means.
+    static Outcome evaluateManifestResponse(QNetworkReply& reply);
+
+private:
+    SettingsStore& settings_;
+    AnalyticsService& analytics_;
+    NotificationHub& notifications_;
+    const SystemInfo& system_;
+    const Clock& clock_;
+    QNetworkAccessManager* network_ = nullptr;
+};
