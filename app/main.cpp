@@ -8,6 +8,8 @@
 #include "platform/desktopwindows.h"
 #include "platform/workspace.h"
 #include "telemetry/analyticsservice.h"
+#include "update/selfupdater.h"
+#include "update/updatecheckservice.h"
 
 int main(int argc, char** argv)
 {
@@ -24,8 +26,8 @@ int main(int argc, char** argv)
         Workspace::current(),
         NotificationHub::shared(),
         [] { QCoreApplication::quit(); },
-        {},
-        {},
+        [] { UpdateCheckService::shared().checkAutomaticallyIfNeeded(); },
+        [](const QUrl& url) { SelfUpdater::shared().startUpdate(url); },
         QStringLiteral("kestrio"),
     });
     QObject::connect(&app, &KestrioApp::reopenRequested, &delegate, [&delegate] { delegate.applicationShouldHandleReopen(); });

@@ -5,6 +5,8 @@
 #include "platform/linux/atspiaccessibility.h"
 #include "platform/linux/x11keyboardtap.h"
 #include "platform/linux/x11workspace.h"
+#include "platform/linux/tarupdatepackaging.h"
+#include "platform/updatepackaging.h"
 
 namespace {
 
@@ -47,4 +49,10 @@ Workspace& Workspace::current()
 {
     static X11Workspace* workspace = new X11Workspace;
     return *workspace;
+}
+
+UpdatePackaging& UpdatePackaging::current()
+{
+    static TarUpdatePackaging* packaging = new TarUpdatePackaging;
+    return *packaging;
 }

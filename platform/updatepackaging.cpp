@@ -1,0 +1,3 @@
+#include "platform/updatepackaging.h"
+
+UpdatePackaging::~UpdatePackaging() = default;
