@@ -1,8 +1,10 @@
 #include "app/appdelegate.h"
 
+#include "app/aboutview.h"
 #include "app/notificationhub.h"
 #include "app/onboardingview.h"
 #include "app/settingsstore.h"
+#include "buildconfig.h"
 #include "hotkey/hotkeyservice.h"
 #include "platform/accessibility.h"
 #include "platform/desktopwindows.h"
@@ -124,9 +126,9 @@ void AppDelegate::rebuildStatusMenu()
         download->setEnabled(bool(services_.startUpdate));
     }
     menu->addSeparator();
-    // The settings and about windows are still to come.
+    // The settings window is still to come.
     add(QStringLiteral("Settings…"), &AppDelegate::openSettings, QKeySequence(Qt::CTRL | Qt::Key_Comma))->setEnabled(false);
-    add(QStringLiteral("About Kestrio"), &AppDelegate::openAbout)->setEnabled(false);
+    add(QStringLiteral("About Kestrio"), &AppDelegate::openAbout);
     menu->addSeparator();
     add(QStringLiteral("Quit Kestrio"), &AppDelegate::quitApp, QKeySequence(Qt::CTRL | Qt::Key_Q));
     connect(menu.get(), &QMenu::aboutToShow, this, &AppDelegate::menuWillOpen);
@@ -272,7 +274,20 @@ bool AppDelegate::applicationShouldHandleReopen()
 
 void AppDelegate::openSettings() {}
 
-void AppDelegate::openAbout() {}
+void AppDelegate::openAbout()
+{
+    // One about window: brought forward while it shows, made anew once closed.
+    if (aboutWindow_ && aboutWindow_->isVisible()) {
+        aboutWindow_->raise();
+        aboutWindow_->activateWindow();
+        services_.windows.activateOwnWindow(aboutWindow_->winId());
+        return;
+    }
+    delete aboutWindow_;
+    const QUrl site(QStringLiteral("https://%1/").arg(QStringLiteral(KESTRIO_WEBSITE_HOST)));
+    aboutWindow_ = makeWindow(QStringLiteral("About Kestrio"), QSize(340, 420),
+                              new AboutView(site, site.resolved(QUrl(QStringLiteral("apps/kestrio/")))));
+}
 
 void AppDelegate::openUpdateDownload()
 {

@@ -1,3 +1,4 @@
+#include "app/aboutview.h"
 #include "app/appdelegate.h"
 #include "app/notificationhub.h"
 #include "app/onboardingview.h"
@@ -18,6 +19,7 @@
 #include "telemetry/analyticsservice.h"
 #include "telemetry/crashreporter.h"
 
+#include <QApplication>
 #include <QCoreApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -113,14 +115,14 @@ TEST_F(Controller, StartUpInOrder)
 TEST_F(Controller, StatusMenuRows)
 {
     launch();
-    const QStringList normal{"Search Menus…", "-", "Settings… (off) [Ctrl+,]", "About Kestrio (off)", "-",
+    const QStringList normal{"Search Menus…", "-", "Settings… (off) [Ctrl+,]", "About Kestrio", "-",
                              "Quit Kestrio [Ctrl+Q]"};
     EXPECT_EQ(menu(), normal);
 
     keyboard.trusted = false;
     hotkey.start(); // the detector goes inactive: the menu says so
     EXPECT_EQ(menu(), (QStringList{"Search Menus…", "-", "Hotkey inactive — grant Accessibility", "-",
-                                   "Settings… (off) [Ctrl+,]", "About Kestrio (off)", "-", "Quit Kestrio [Ctrl+Q]"}));
+                                   "Settings… (off) [Ctrl+,]", "About Kestrio", "-", "Quit Kestrio [Ctrl+Q]"}));
 
     keyboard.trusted = true;
     keyboard.secureInput = true;
@@ -267,6 +269,47 @@ TEST_F(Controller, OptOutAndQuitFlushOnlyWhenStarted)
     EXPECT_EQ(terminations, 1);
     app->applicationWillTerminate();
     EXPECT_FALSE(analytics.isStarted());
+}
+
+TEST_F(Controller, AboutWindowIsReusedWhileItShows)
+{
+    settings.store().setBool(SettingsKey::hasLaunchedBefore, true);
+    launch();
+    row("About Kestrio")->trigger();
+    QWidget* first = nullptr;
+    for (QWidget* w : QApplication::topLevelWidgets()) {
+        if (w->isVisible() && w->windowTitle() == "About Kestrio")
+            first = w;
+    }
+    ASSERT_TRUE(first);
+    EXPECT_EQ(first->size(), QSize(340, 420));
+    auto* view = first->findChild<AboutView*>();
+    ASSERT_TRUE(view);
+    EXPECT_EQ(view->productURL, view->bwkURL.resolved(QUrl("apps/kestrio/")));
+    EXPECT_EQ(view->productURL.path(), "/apps/kestrio/");
+
+    row("About Kestrio")->trigger(); // still showing: the same window comes forward
+    int abouts = 0;
+    for (QWidget* w : QApplication::topLevelWidgets())
+        abouts += w->windowTitle() == "About Kestrio";
+    EXPECT_EQ(abouts, 1);
+
+    first->close();
+    row("About Kestrio")->trigger(); // closed: a new one
+    QWidget* second = nullptr;
+    for (QWidget* w : QApplication::topLevelWidgets()) {
+        if (w->isVisible() && w->windowTitle() == "About Kestrio")
+            second = w;
+    }
+    ASSERT_TRUE(second);
+}
+
+TEST(AboutView, FallbacksWhenTheProgramsFactsAreMissing)
+{
+    EXPECT_EQ(AboutView::nameText(""), "Kestrio");
+    EXPECT_EQ(AboutView::nameText("Kestrio Beta"), "Kestrio Beta");
+    EXPECT_EQ(AboutView::versionText("", ""), "Version 0.0.0 (0)");
+    EXPECT_EQ(AboutView::versionText("1.2.0", "45"), "Version 1.2.0 (45)");
 }
 
 } // namespace

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QUrl>
+#include <QWidget>
+
+class QLabel;
+
+// Who made Kestrio and which version this is, with links to the maker's site.
+class AboutView : public QWidget {
+    Q_OBJECT
+
+public:
+    AboutView(QUrl bwkURL, QUrl productURL, QWidget* parent = nullptr);
+
+    // The name, version and build shown, each with its fallback.
+    static QString nameText(const QString& name);
+    static QString versionText(const QString& version, const QString& build);
+
+    QString shownName() const;
+    QString shownVersion() const;
+
+    const QUrl bwkURL;
+    const QUrl productURL;
+
+private:
+    QLabel* name_;
+    QLabel* version_;
+};
