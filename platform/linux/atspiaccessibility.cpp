@@ -32,11 +32,11 @@ AtspiAccessibility::AtspiAccessibility() : bus_([this] { return windows_.rootPro
 
 AtspiAccessibility::~AtspiAccessibility() = default;
 
-QList<AtspiAccessibility::ApplicationInfo> AtspiAccessibility::applications()
+QList<AtspiAccessibility::ApplicationInfo> AtspiAccessibility::applicationProcesses()
 {
     const QList<AtspiRef> roots = bus_.applications();
     QDBusConnection connection = bus_.connection();
-    // First every application's process, which the bus itself answers.
+    // Every application's process, which the bus itself answers, all at once.
     std::vector<std::pair<AtspiRef, QDBusPendingCall>> pids;
     for (const AtspiRef& root : roots) {
         QDBusMessage askPid = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
@@ -46,39 +46,46 @@ QList<AtspiAccessibility::ApplicationInfo> AtspiAccessibility::applications()
         askPid.setArguments({root.bus});
         pids.emplace_back(root, connection.asyncCall(askPid, AtspiBus::kCallTimeoutMs));
     }
-    // Then the names, from the applications themselves; never from this
-    // process, whose own thread would be the one waiting for the answer.
+    // This process is left out: asking it anything would wait on its own thread.
     const qint32 self = qint32(QCoreApplication::applicationPid());
-    struct Pending {
-        ApplicationInfo info;
-        QDBusPendingCall name, toolkit;
-    };
-    std::vector<Pending> pending;
+    QList<ApplicationInfo> apps;
     for (auto& [root, call] : pids) {
         call.waitForFinished();
         const auto pid = AtspiBus::valueOf(call.reply());
-        if (!pid || qint32(pid->toUInt()) == self)
-            continue;
-        pending.push_back({ApplicationInfo{qint32(pid->toUInt()), {}, {}, root},
-                           bus_.property(root, kAccessible, QStringLiteral("Name")),
-                           bus_.property(root, kApplication, QStringLiteral("ToolkitName"))});
-    }
-    QList<ApplicationInfo> apps;
-    for (Pending& p : pending) {
-        p.name.waitForFinished();
-        p.toolkit.waitForFinished();
-        p.info.name = AtspiBus::valueOf(p.name.reply()).value_or(QVariant()).toString();
-        p.info.toolkit = AtspiBus::valueOf(p.toolkit.reply()).value_or(QVariant()).toString();
-        apps.append(p.info);
+        if (pid && qint32(pid->toUInt()) != self)
+            apps.append(ApplicationInfo{qint32(pid->toUInt()), {}, {}, root});
     }
     return apps;
 }
 
+QList<AtspiAccessibility::ApplicationInfo> AtspiAccessibility::named(QList<ApplicationInfo> apps)
+{
+    // The names come from the applications themselves, all asked at once.
+    std::vector<std::pair<QDBusPendingCall, QDBusPendingCall>> pending;
+    for (const ApplicationInfo& app : apps)
+        pending.emplace_back(bus_.property(app.root, kAccessible, QStringLiteral("Name")),
+                             bus_.property(app.root, kApplication, QStringLiteral("ToolkitName")));
+    for (qsizetype i = 0; i < apps.size(); ++i) {
+        auto& [name, toolkit] = pending[size_t(i)];
+        name.waitForFinished();
+        toolkit.waitForFinished();
+        apps[i].name = AtspiBus::valueOf(name.reply()).value_or(QVariant()).toString();
+        apps[i].toolkit = AtspiBus::valueOf(toolkit.reply()).value_or(QVariant()).toString();
+    }
+    return apps;
+}
+
+QList<AtspiAccessibility::ApplicationInfo> AtspiAccessibility::applications()
+{
+    return named(applicationProcesses());
+}
+
 std::optional<AtspiAccessibility::ApplicationInfo> AtspiAccessibility::application(qint32 pid)
 {
-    for (const ApplicationInfo& app : applications()) {
+    // Only the one asked for is named: this runs at every window activation.
+    for (const ApplicationInfo& app : applicationProcesses()) {
         if (app.pid == pid)
-            return app;
+            return named({app}).first();
     }
     return std::nullopt;
 }

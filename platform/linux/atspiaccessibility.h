@@ -46,6 +46,9 @@ public:
     std::optional<RunningApplication> runningApplicationOf(qint32 pid);
 
 private:
+    // The applications with their processes, unnamed; this process left out.
+    QList<ApplicationInfo> applicationProcesses();
+    QList<ApplicationInfo> named(QList<ApplicationInfo> apps);
     QDBusConnection pressConnection(const AtspiRef& application, bool& peer);
 
     X11Windows windows_;
