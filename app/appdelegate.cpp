@@ -140,9 +140,7 @@ void AppDelegate::rebuildStatusMenu()
 void AppDelegate::menuWillOpen()
 {
     refreshLastActiveApp();
-    const bool secure = false; // nothing hides key presses from Kestrio's watcher here
-    if (secure != services_.hotkey.isSecureInputActive())
-        services_.hotkey.setSecureInputActive(secure);
+    services_.hotkey.refreshSecureInput();
 }
 
 void AppDelegate::setupHotkeyService()
@@ -165,8 +163,8 @@ void AppDelegate::applyAnalyticsOptIn(bool enabled)
 {
     if (enabled)
         services_.analytics.start();
-    else if (services_.analytics.isStarted())
-        services_.analytics.stop(); // flushes crash reports for at most 2 s
+    else
+        services_.analytics.stop(); // only when started: flushes crash reports for at most 2 s
 }
 
 void AppDelegate::startWorkspaceTracking()
@@ -261,8 +259,7 @@ void AppDelegate::quitApp()
 
 void AppDelegate::applicationWillTerminate()
 {
-    if (services_.analytics.isStarted())
-        services_.analytics.stop();
+    services_.analytics.stop(); // only when started: flushes crash reports for at most 2 s
 }
 
 bool AppDelegate::applicationShouldHandleReopen()

@@ -32,7 +32,6 @@ class AppDelegate : public QObject {
 
 public:
     static constexpr int kUpdateCheckDelayMs = 2000;
-    static constexpr double kFlushTimeoutSeconds = 2.0;
 
     // Everything the controller works with; the program passes the real ones.
     struct Services {

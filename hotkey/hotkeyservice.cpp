@@ -45,6 +45,11 @@ void HotkeyService::setSecureInputActive(bool active)
     emit isSecureInputActiveChanged(active);
 }
 
+void HotkeyService::refreshSecureInput()
+{
+    setSecureInputActive(platform_.isSecureEventInputEnabled());
+}
+
 bool HotkeyService::start()
 {
     stop();
@@ -56,7 +61,7 @@ bool HotkeyService::start()
     const bool ok = installTap();
     setActive(ok);
     updatePolling();
-    setSecureInputActive(platform_.isSecureEventInputEnabled());
+    refreshSecureInput();
     return ok;
 }
 
@@ -110,7 +115,7 @@ void HotkeyService::updatePolling()
 
 void HotkeyService::pollTick()
 {
-    setSecureInputActive(platform_.isSecureEventInputEnabled());
+    refreshSecureInput();
     if (!isActive_ && platform_.isProcessTrusted())
         start();
 }

@@ -42,8 +42,11 @@ public:
 
     bool isActive() const { return isActive_; }
     bool isSecureInputActive() const { return isSecureInputActive_; }
-    // Also written from outside when the status menu opens; only a change is announced.
+    // Only a change is announced.
     void setSecureInputActive(bool active);
+    // Reads the platform's secure-input state into isSecureInputActive; also
+    // done from outside when the status menu opens.
+    void refreshSecureInput();
 
     // The poll timer's work, every 2 seconds while it runs.
     void pollTick();
