@@ -126,8 +126,7 @@ void AppDelegate::rebuildStatusMenu()
         download->setEnabled(bool(services_.startUpdate));
     }
     menu->addSeparator();
-    // The settings window is still to come.
-    add(QStringLiteral("Settings…"), &AppDelegate::openSettings, QKeySequence(Qt::CTRL | Qt::Key_Comma))->setEnabled(false);
+    add(QStringLiteral("Settings…"), &AppDelegate::openSettings, QKeySequence(Qt::CTRL | Qt::Key_Comma));
     add(QStringLiteral("About Kestrio"), &AppDelegate::openAbout);
     menu->addSeparator();
     add(QStringLiteral("Quit Kestrio"), &AppDelegate::quitApp, QKeySequence(Qt::CTRL | Qt::Key_Q));
@@ -269,21 +268,32 @@ bool AppDelegate::applicationShouldHandleReopen()
     return false;
 }
 
-void AppDelegate::openSettings() {}
+void AppDelegate::openSettings()
+{
+    showReusedWindow(settingsWindow_, QStringLiteral("Kestrio Settings"), QSize(440, 520), [this]() -> QWidget* {
+        return services_.settingsView ? services_.settingsView() : new QWidget;
+    });
+}
 
 void AppDelegate::openAbout()
 {
-    // One about window: brought forward while it shows, made anew once closed.
-    if (aboutWindow_ && aboutWindow_->isVisible()) {
-        aboutWindow_->raise();
-        aboutWindow_->activateWindow();
-        services_.windows.activateOwnWindow(aboutWindow_->winId());
+    showReusedWindow(aboutWindow_, QStringLiteral("About Kestrio"), QSize(340, 420), [] {
+        const QUrl site(QStringLiteral("https://%1/").arg(QStringLiteral(KESTRIO_WEBSITE_HOST)));
+        return new AboutView(site, site.resolved(QUrl(QStringLiteral("apps/kestrio/"))));
+    });
+}
+
+void AppDelegate::showReusedWindow(QPointer<QWidget>& window, const QString& title, QSize size,
+                                   const std::function<QWidget*()>& makeContent)
+{
+    if (window && window->isVisible()) {
+        window->raise();
+        window->activateWindow();
+        services_.windows.activateOwnWindow(window->winId());
         return;
     }
-    delete aboutWindow_;
-    const QUrl site(QStringLiteral("https://%1/").arg(QStringLiteral(KESTRIO_WEBSITE_HOST)));
-    aboutWindow_ = makeWindow(QStringLiteral("About Kestrio"), QSize(340, 420),
-                              new AboutView(site, site.resolved(QUrl(QStringLiteral("apps/kestrio/")))));
+    delete window;
+    window = makeWindow(title, size, makeContent());
 }
 
 void AppDelegate::openUpdateDownload()

@@ -46,6 +46,7 @@ public:
         std::function<void()> checkForUpdatesAutomatically; // the daily check, when there is one
         std::function<void(const QUrl&)> startUpdate;      // the self-updater, when there is one
         std::optional<QString> ownBundleIdentifier;
+        std::function<QWidget*()> settingsView;             // a new settings form, when there is one
     };
 
     explicit AppDelegate(Services services, QObject* parent = nullptr);
@@ -76,6 +77,8 @@ public:
     QMenu* statusMenu() const { return statusMenu_.get(); }
     SearchPanelController* searchPanelController() const { return searchPanelController_.get(); }
     QWidget* onboardingWindow() const { return onboardingWindow_; }
+    QWidget* settingsWindow() const { return settingsWindow_; }
+    QWidget* aboutWindow() const { return aboutWindow_; }
     const std::optional<RunningApplication>& lastActiveApp() const { return lastActiveApp_; }
     const std::optional<UpdateCheckResult>& pendingUpdate() const { return pendingUpdate_; }
     AccessibilityService& accessibilityService() { return accessibilityService_; }
@@ -91,6 +94,9 @@ private:
     void checkFirstLaunch();
     void showOnboarding();
     QWidget* makeWindow(const QString& title, QSize size, QWidget* content);
+    // The window rule: one that shows is brought forward, a closed one is replaced.
+    void showReusedWindow(QPointer<QWidget>& window, const QString& title, QSize size,
+                          const std::function<QWidget*()>& makeContent);
 
     Services services_;
     std::unique_ptr<QSystemTrayIcon> statusItem_;

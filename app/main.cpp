@@ -1,12 +1,17 @@
 // Kestrio: find and run any menu command of the application in front by typing.
 #include "app/appdelegate.h"
+#include "app/appearancetheme.h"
 #include "app/kestrioapp.h"
 #include "app/notificationhub.h"
 #include "app/settingsstore.h"
+#include "app/settingsview.h"
 #include "hotkey/hotkeyservice.h"
 #include "platform/accessibility.h"
 #include "platform/desktopwindows.h"
+#include "platform/keyboardlayout.h"
+#include "platform/loginitem.h"
 #include "platform/workspace.h"
+#include "search/usagetracker.h"
 #include "telemetry/analyticsservice.h"
 #include "update/selfupdater.h"
 #include "update/updatecheckservice.h"
@@ -17,6 +22,8 @@ int main(int argc, char** argv)
     if (!app.claimSingleInstance())
         return 0;
 
+    AppearanceTheme::apply(SettingsStore::standard().appearance());
+    AppDelegate* self = nullptr;
     AppDelegate delegate(AppDelegate::Services{
         SettingsStore::standard(),
         HotkeyService::shared(),
@@ -29,7 +36,22 @@ int main(int argc, char** argv)
         [] { UpdateCheckService::shared().checkAutomaticallyIfNeeded(); },
         [](const QUrl& url) { SelfUpdater::shared().startUpdate(url); },
         QStringLiteral("kestrio"),
+        [&self]() -> QWidget* {
+            return new SettingsView(SettingsView::Services{
+                SettingsStore::standard(),
+                NotificationHub::shared(),
+                HotkeyService::shared(),
+                self->accessibilityService(),
+                UsageTracker::shared(),
+                SelfUpdater::shared(),
+                LoginItem::current(),
+                KeyboardLayout::current(),
+                [](SettingsView::UpdateCompletion done) { UpdateCheckService::shared().checkForUpdates(std::move(done)); },
+                [] { QCoreApplication::quit(); },
+            });
+        },
     });
+    self = &delegate;
     QObject::connect(&app, &KestrioApp::reopenRequested, &delegate, [&delegate] { delegate.applicationShouldHandleReopen(); });
     QObject::connect(&app, &QCoreApplication::aboutToQuit, &delegate, [&delegate] { delegate.applicationWillTerminate(); });
     delegate.applicationDidFinishLaunching();

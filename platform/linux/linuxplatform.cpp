@@ -6,7 +6,12 @@
 #include "platform/linux/x11keyboardtap.h"
 #include "platform/linux/x11workspace.h"
 #include "platform/linux/tarupdatepackaging.h"
+#include "platform/linux/x11keyboardlayout.h"
+#include "platform/linux/xdgautostartloginitem.h"
+#include "platform/loginitem.h"
 #include "platform/updatepackaging.h"
+
+#include <QCoreApplication>
 
 namespace {
 
@@ -55,4 +60,17 @@ UpdatePackaging& UpdatePackaging::current()
 {
     static TarUpdatePackaging* packaging = new TarUpdatePackaging;
     return *packaging;
+}
+
+KeyboardLayout& KeyboardLayout::current()
+{
+    static X11KeyboardLayout* layout = new X11KeyboardLayout;
+    return *layout;
+}
+
+LoginItem& LoginItem::current()
+{
+    static XdgAutostartLoginItem* item =
+        new XdgAutostartLoginItem(XdgAutostartLoginItem::userAutostartFolder(), QCoreApplication::applicationFilePath());
+    return *item;
 }

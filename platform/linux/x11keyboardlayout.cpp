@@ -29,3 +29,10 @@ QString X11KeyboardLayout::characterForKeyCode(quint16 keyCode) const
     const QString text = QString::fromUtf8(utf8);
     return text.isEmpty() || !text[0].isPrint() ? QString() : text;
 }
+
+std::optional<quint16> X11KeyboardLayout::keyCodeForScanCode(quint32 nativeScanCode) const
+{
+    if (nativeScanCode < 8 || nativeScanCode > 255)
+        return std::nullopt;
+    return EvdevKeyMap::virtualKeyCode(int(nativeScanCode) - 8);
+}

@@ -13,6 +13,8 @@ public:
     ~X11KeyboardLayout() override;
 
     QString characterForKeyCode(quint16 keyCode) const override;
+    // X keycodes are evdev codes + 8, whatever the layout.
+    std::optional<quint16> keyCodeForScanCode(quint32 nativeScanCode) const override;
 
 private:
     mutable QMutex mutex_;

@@ -24,6 +24,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QMenu>
+#include <QPointer>
 #include <QPushButton>
 #include <QSystemTrayIcon>
 #include <QTemporaryDir>
@@ -54,6 +55,7 @@ protected:
     UsageTracker usage{settings.store()};
     int terminations = 0;
     int updateChecks = 0;
+    int settingsViews = 0;
     std::unique_ptr<AppDelegate> app;
 
     Controller()
@@ -67,7 +69,8 @@ protected:
     {
         app = std::make_unique<AppDelegate>(AppDelegate::Services{
             settings.store(), hotkey, analytics, ax, windows, workspace, hub,
-            [this] { ++terminations; }, [this] { ++updateChecks; }, {}, QStringLiteral("kestrio")});
+            [this] { ++terminations; }, [this] { ++updateChecks; }, {}, QStringLiteral("kestrio"),
+            [this] { ++settingsViews; return new QWidget; }});
         app->setSearchServices(SearchServices{&usage, &analytics, [](const MenuItem&) { return true; }});
         app->applicationDidFinishLaunching();
     }
@@ -115,21 +118,24 @@ TEST_F(Controller, StartUpInOrder)
 TEST_F(Controller, StatusMenuRows)
 {
     launch();
-    const QStringList normal{"Search Menus…", "-", "Settings… (off) [Ctrl+,]", "About Kestrio", "-",
+    const QStringList normal{"Search Menus…", "-", "Settings… [Ctrl+,]", "About Kestrio", "-",
                              "Quit Kestrio [Ctrl+Q]"};
     EXPECT_EQ(menu(), normal);
 
     keyboard.trusted = false;
     hotkey.start(); // the detector goes inactive: the menu says so
     EXPECT_EQ(menu(), (QStringList{"Search Menus…", "-", "Hotkey inactive — grant Accessibility", "-",
-                                   "Settings… (off) [Ctrl+,]", "About Kestrio", "-", "Quit Kestrio [Ctrl+Q]"}));
+                                   "Settings… [Ctrl+,]", "About Kestrio", "-", "Quit Kestrio [Ctrl+Q]"}));
 
     keyboard.trusted = true;
     keyboard.secureInput = true;
     hotkey.setMode(HotkeyMode::customShortcut);
-    EXPECT_EQ(menu().value(2), "Settings… (off) [Ctrl+,]"); // shown at the next rebuild, not before
+    EXPECT_EQ(menu().value(2), "Settings… [Ctrl+,]"); // shown at the next rebuild, not before
     app->rebuildStatusMenu();
     EXPECT_EQ(menu().value(2), "Shortcut blocked by Secure Input");
+    row("Shortcut blocked by Secure Input")->trigger();
+    ASSERT_TRUE(app->settingsWindow());
+    EXPECT_EQ(app->settingsWindow()->windowTitle(), "Kestrio Settings");
 
     hub.postUpdateAvailable(UpdateCheckResult{"2.1.0", std::nullopt, QUrl("https://example.invalid/k.tar.gz"), std::nullopt, true});
     EXPECT_EQ(menu().mid(3, 3), (QStringList{"-", "Download Update — v2.1.0 (off)", "-"}));
@@ -271,37 +277,55 @@ TEST_F(Controller, OptOutAndQuitFlushOnlyWhenStarted)
     EXPECT_FALSE(analytics.isStarted());
 }
 
-TEST_F(Controller, AboutWindowIsReusedWhileItShows)
+TEST_F(Controller, SettingsAndAboutWindowsAreReusedWhileTheyShow)
 {
+    struct Case {
+        const char* row;
+        QWidget* (AppDelegate::*window)() const;
+        QSize size;
+    };
     settings.store().setBool(SettingsKey::hasLaunchedBefore, true);
     launch();
-    row("About Kestrio")->trigger();
-    QWidget* first = nullptr;
-    for (QWidget* w : QApplication::topLevelWidgets()) {
-        if (w->isVisible() && w->windowTitle() == "About Kestrio")
-            first = w;
+    for (const Case& c : {Case{"Settings…", &AppDelegate::settingsWindow, {440, 520}},
+                          Case{"About Kestrio", &AppDelegate::aboutWindow, {340, 420}}}) {
+        SCOPED_TRACE(c.row);
+        row(c.row)->trigger();
+        QPointer<QWidget> first = (app.get()->*c.window)();
+        ASSERT_TRUE(first);
+        EXPECT_TRUE(first->isVisible());
+        EXPECT_EQ(first->size(), c.size);
+        const qsizetype raised = windows.ownActivated.size();
+
+        row(c.row)->trigger(); // still showing: the same window comes forward
+        EXPECT_EQ((app.get()->*c.window)(), first.data());
+        EXPECT_EQ(windows.ownActivated.size(), raised + 1);
+
+        first->close();
+        row(c.row)->trigger(); // closed: a new one in its place
+        ASSERT_TRUE((app.get()->*c.window)());
+        EXPECT_NE((app.get()->*c.window)(), first.data());
+        EXPECT_TRUE((app.get()->*c.window)()->isVisible());
+        EXPECT_FALSE(first); // the closed one is gone
     }
-    ASSERT_TRUE(first);
-    EXPECT_EQ(first->size(), QSize(340, 420));
-    auto* view = first->findChild<AboutView*>();
+    EXPECT_EQ(settingsViews, 2);
+
+    auto* view = app->aboutWindow()->findChild<AboutView*>();
     ASSERT_TRUE(view);
     EXPECT_EQ(view->productURL, view->bwkURL.resolved(QUrl("apps/kestrio/")));
     EXPECT_EQ(view->productURL.path(), "/apps/kestrio/");
+}
 
-    row("About Kestrio")->trigger(); // still showing: the same window comes forward
-    int abouts = 0;
-    for (QWidget* w : QApplication::topLevelWidgets())
-        abouts += w->windowTitle() == "About Kestrio";
-    EXPECT_EQ(abouts, 1);
+TEST_F(Controller, LaunchingAgainOpensTheSettingsOnlyWithoutTrayIcon)
+{
+    settings.store().setBool(SettingsKey::hasLaunchedBefore, true);
+    launch();
+    EXPECT_FALSE(app->applicationShouldHandleReopen());
+    EXPECT_FALSE(app->settingsWindow());
 
-    first->close();
-    row("About Kestrio")->trigger(); // closed: a new one
-    QWidget* second = nullptr;
-    for (QWidget* w : QApplication::topLevelWidgets()) {
-        if (w->isVisible() && w->windowTitle() == "About Kestrio")
-            second = w;
-    }
-    ASSERT_TRUE(second);
+    settings.store().setBool(SettingsKey::hideMenuBarIcon, true);
+    EXPECT_FALSE(app->applicationShouldHandleReopen());
+    ASSERT_TRUE(app->settingsWindow());
+    EXPECT_TRUE(app->settingsWindow()->isVisible());
 }
 
 TEST(AboutView, FallbacksWhenTheProgramsFactsAreMissing)

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QObject>
+
+#include <functional>
+#include <optional>
+
+class KeyboardLayout;
+class QKeyEvent;
+
+// The recorder's key-capturing companion. While recording is enabled it sees
+// every key press of the application before any widget or shortcut does,
+// wherever the focus is; the first press that carries Shift, Control, Option
+// or Command becomes a key code and those modifier bits, presses without one
+// are swallowed.
+class ShortcutKeyCapture : public QObject {
+    Q_OBJECT
+
+public:
+    using Callback = std::function<void(quint16 keyCode, quint64 modifiers)>;
+
+    explicit ShortcutKeyCapture(const KeyboardLayout& layout, QObject* parent = nullptr);
+    ~ShortcutKeyCapture() override;
+
+    Callback onShortcutRecorded;
+
+    bool isRecordingEnabled() const { return enabled_; }
+    void setRecordingEnabled(bool enabled);
+
+    // Kestrio's four modifier bits of Qt's modifiers. Qt calls Super "Meta"
+    // on X11 and Wayland; it is Kestrio's Command, as for the detector.
+    static quint64 modifierFlags(Qt::KeyboardModifiers modifiers);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    bool handleKeyPress(const QKeyEvent& event);
+    void updateFilter();
+
+    const KeyboardLayout& layout_;
+    bool enabled_ = false;
+    bool installed_ = false;
+    // The recorded key's release still to come, so that it reaches no widget.
+    std::optional<quint32> pendingRelease_;
+};

@@ -1,0 +1,64 @@
+#include "hotkey/shortcutrecorderbutton.h"
+
+#include "hotkey/shortcutkeycapture.h"
+
+#include <QApplication>
+#include <QEvent>
+
+ShortcutRecorderButton::ShortcutRecorderButton(Binding<std::optional<CustomShortcut>> shortcut,
+                                               Binding<bool> isRecording, const KeyboardLayout& layout,
+                                               QWidget* parent)
+    : QPushButton(parent),
+      shortcut_(std::move(shortcut)),
+      isRecording_(std::move(isRecording)),
+      layout_(layout),
+      capture_(new ShortcutKeyCapture(layout, this))
+{
+    setMinimumWidth(kMinimumWidth);
+    setAutoDefault(false);
+    capture_->onShortcutRecorded = [this](quint16 keyCode, quint64 modifiers) { shortcutRecorded(keyCode, modifiers); };
+    connect(this, &QPushButton::clicked, this, [this] {
+        isRecording_.set(!isRecording_.get());
+        refresh();
+    });
+    refresh();
+}
+
+void ShortcutRecorderButton::shortcutRecorded(quint16 keyCode, quint64 modifiers)
+{
+    shortcut_.set(CustomShortcut{keyCode, modifiers});
+    isRecording_.set(false);
+    refresh();
+}
+
+void ShortcutRecorderButton::refresh()
+{
+    const bool recording = isRecording_.get();
+    const std::optional<CustomShortcut> shortcut = shortcut_.get();
+    QColor color = QApplication::palette(this).color(QPalette::ButtonText);
+    if (recording) {
+        setText(QStringLiteral("Press shortcut…"));
+        color = QColor(0xE0, 0x7B, 0x00);
+    } else if (!shortcut) {
+        setText(QStringLiteral("Click to record"));
+        color.setAlphaF(0.62f);
+    } else {
+        setText(shortcutText(*shortcut, layout_));
+    }
+    QPalette own = palette();
+    if (own.color(QPalette::ButtonText) != color) {
+        own.setColor(QPalette::ButtonText, color);
+        setPalette(own);
+    }
+    capture_->setRecordingEnabled(recording);
+    // Key presses come to this window while armed.
+    if (recording)
+        setFocus(Qt::OtherFocusReason);
+}
+
+void ShortcutRecorderButton::changeEvent(QEvent* event)
+{
+    QPushButton::changeEvent(event);
+    if (event->type() == QEvent::ApplicationPaletteChange)
+        QMetaObject::invokeMethod(this, &ShortcutRecorderButton::refresh, Qt::QueuedConnection);
+}

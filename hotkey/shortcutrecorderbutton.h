@@ -1,0 +1,48 @@
+#pragma once
+
+#include "hotkey/customshortcut.h"
+
+#include <QPushButton>
+
+#include <functional>
+#include <optional>
+
+class KeyboardLayout;
+class ShortcutKeyCapture;
+
+// Access to a value that its owner keeps: the recorder shows and changes the
+// settings window's state without holding any of its own.
+template <typename T>
+struct Binding {
+    std::function<T()> get;
+    std::function<void(const T&)> set;
+};
+
+// The button of the "Shortcut:" row: shows the custom shortcut, a click arms
+// recording, a second click cancels it, and the next key press with a
+// modifier becomes the new shortcut.
+class ShortcutRecorderButton : public QPushButton {
+    Q_OBJECT
+
+public:
+    static constexpr int kMinimumWidth = 120;
+
+    ShortcutRecorderButton(Binding<std::optional<CustomShortcut>> shortcut, Binding<bool> isRecording,
+                           const KeyboardLayout& layout, QWidget* parent = nullptr);
+
+    // Shows the bound values again and puts the capture in step with them.
+    void refresh();
+
+    ShortcutKeyCapture& capture() const { return *capture_; }
+
+protected:
+    void changeEvent(QEvent* event) override;
+
+private:
+    void shortcutRecorded(quint16 keyCode, quint64 modifiers);
+
+    Binding<std::optional<CustomShortcut>> shortcut_;
+    Binding<bool> isRecording_;
+    const KeyboardLayout& layout_;
+    ShortcutKeyCapture* capture_;
+};

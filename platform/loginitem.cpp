@@ -1,0 +1,3 @@
+#include "platform/loginitem.h"
+
+LoginItem::~LoginItem() = default;

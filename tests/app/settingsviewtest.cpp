@@ -1,0 +1,386 @@
+#include "app/formsection.h"
+#include "app/notificationhub.h"
+#include "app/settingsview.h"
+#include "app/styledlabel.h"
+#include "hotkey/hotkeyservice.h"
+#include "hotkey/shortcutrecorderbutton.h"
+#include "menu/accessibilityservice.h"
+#include "platform/fake/fakeaccessibility.h"
+#include "platform/fake/fakeclock.h"
+#include "platform/fake/fakehotkeyplatform.h"
+#include "platform/fake/fakekeyboardlayout.h"
+#include "platform/fake/fakeloginitem.h"
+#include "platform/linux/tarupdatepackaging.h"
+#include "search/usagetracker.h"
+#include "support/eventually.h"
+#include "support/loopbackhttpserver.h"
+#include "support/tempsettings.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QToolButton>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Check = SettingsView::UpdateCheckState;
+using UpdaterState = SelfUpdater::State;
+
+class Settings : public testing::Test {
+protected:
+    TempSettings settings;
+    SettingsStore& store = settings.store();
+    NotificationHub hub;
+    FakeHotkeyPlatform keyboard;
+    FakeClock clock;
+    HotkeyService hotkey{keyboard, store, clock};
+    FakeAccessibility ax;
+    AccessibilityService accessibility{ax};
+    UsageTracker usage{store};
+    TarUpdatePackaging packaging;
+    QTemporaryDir temporary;
+    std::optional<QString> installation; // none: the updater refuses at once
+    std::unique_ptr<SelfUpdater> updater;
+    FakeLoginItem login;
+    FakeKeyboardLayout layout;
+    std::vector<SettingsView::UpdateCompletion> pendingChecks;
+    int terminations = 0;
+    // Each announcement with what the store held when it came.
+    QStringList announced;
+    std::unique_ptr<SettingsView> view;
+
+    Settings()
+    {
+        QObject::connect(&hub, &NotificationHub::hotkeyModeChanged, [this] {
+            announced << "hotkeyModeChanged " + store.hotkeyModeText().value_or("-") + " "
+                    + QString::number(store.integerValue(SettingsKey::customHotkeyKeyCode));
+        });
+        QObject::connect(&hub, &NotificationHub::menuBarIconVisibilityChanged, [this] {
+            announced << "menuBarIconVisibilityChanged " + QString::number(store.hideMenuBarIcon());
+        });
+        QObject::connect(&hub, &NotificationHub::analyticsOptInChanged, [this](bool enabled) {
+            announced << QString("analyticsOptInChanged %1 %2").arg(enabled).arg(store.analyticsEnabled());
+        });
+    }
+
+    void open()
+    {
+        updater = std::make_unique<SelfUpdater>(
+            packaging, SelfUpdater::Environment{temporary.path(), installation, QCoreApplication::applicationPid(), {}});
+        view = std::make_unique<SettingsView>(SettingsView::Services{
+            store, hub, hotkey, accessibility, usage, *updater, login, layout,
+            [this](SettingsView::UpdateCompletion done) { pendingChecks.push_back(std::move(done)); },
+            [this] { ++terminations; }});
+        view->resize(440, 520);
+        view->show();
+    }
+
+    template <typename T = QAbstractButton>
+    T* control(const QString& text) const
+    {
+        for (T* candidate : view->findChildren<T*>()) {
+            if (candidate->text() == text)
+                return candidate;
+        }
+        ADD_FAILURE() << "no control " << text.toStdString();
+        return nullptr;
+    }
+    bool shows(const QString& text) const
+    {
+        for (QWidget* w : view->findChildren<QWidget*>()) {
+            const auto* styled = qobject_cast<StyledLabel*>(w);
+            const auto* label = qobject_cast<QLabel*>(w);
+            const auto* button = qobject_cast<QAbstractButton*>(w);
+            const QString shown = styled ? styled->plainText() : label ? label->text() : button ? button->text() : QString();
+            if (shown == text)
+                return w->isVisibleTo(view.get());
+        }
+        return false;
+    }
+    QComboBox* activationMethod() const { return view->findChild<QComboBox*>(); }
+    // A choice in the picker's pop-up.
+    void choose(int index)
+    {
+        QComboBox* combo = activationMethod();
+        combo->setCurrentIndex(index);
+        emit combo->activated(index);
+    }
+    // A click on the toggle's label, as a user clicks it.
+    void toggle(const QString& text) { QTest::mouseClick(control<QCheckBox>(text), Qt::LeftButton, {}, QPoint(8, 8)); }
+    void finishCheck(const UpdateCheckService::Outcome& outcome)
+    {
+        ASSERT_EQ(pendingChecks.size(), 1u);
+        auto done = std::move(pendingChecks.front());
+        pendingChecks.clear();
+        done(outcome);
+    }
+    static UpdateCheckResult release(bool newer)
+    {
+        return UpdateCheckResult{"2.0.0", std::nullopt, QUrl("http://127.0.0.1:9/k.tar.gz"), std::nullopt, newer};
+    }
+};
+
+TEST_F(Settings, SixSectionsInOrderAndTheDefaults)
+{
+    open();
+    QStringList titles;
+    for (FormSection* section : view->sections())
+        titles << section->title();
+    EXPECT_EQ(titles, (QStringList{"General", "Hotkey", "Appearance", "Privacy", "Updates", "Data"}));
+    EXPECT_FALSE(control<QCheckBox>("Launch at login")->isChecked());
+    EXPECT_FALSE(control<QCheckBox>("Hide menu bar icon")->isChecked());
+    EXPECT_FALSE(control<QCheckBox>("Share anonymous usage data")->isChecked());
+    EXPECT_TRUE(control<QCheckBox>("Automatically check for updates")->isChecked());
+    EXPECT_EQ(activationMethod()->currentText(), "Double-tap ⌘ Command");
+    EXPECT_TRUE(control<QToolButton>("System")->isChecked());
+    EXPECT_FALSE(shows("Shortcut:") || shows("Click to record"));
+    EXPECT_FALSE(shows("Quit Kestrio"));
+    EXPECT_FALSE(shows("Install Update"));
+    EXPECT_EQ(view->updateCheckState(), Check::idle());
+    EXPECT_TRUE(announced.isEmpty());
+    EXPECT_EQ(SettingsView::privacyPolicyURL().path(), "/apps/kestrio/privacy/");
+}
+
+TEST_F(Settings, TogglesWriteTheirKeyThenAnnounceOnce)
+{
+    struct Case {
+        const char* toggle;
+        QLatin1StringView key;
+        bool after;
+        QStringList announced;
+    };
+    const Case cases[] = {
+        {"Hide menu bar icon", SettingsKey::hideMenuBarIcon, true, {"menuBarIconVisibilityChanged 1"}},
+        {"Share anonymous usage data", SettingsKey::analyticsEnabled, true, {"analyticsOptInChanged 1 1"}},
+        {"Automatically check for updates", SettingsKey::autoUpdateCheck, false, {}},
+        {"Launch at login", SettingsKey::launchAtLogin, true, {}},
+    };
+    open();
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.toggle);
+        announced.clear();
+        toggle(c.toggle);
+        EXPECT_EQ(store.object(c.key), QVariant(c.after));
+        EXPECT_EQ(announced, c.announced);
+    }
+    EXPECT_EQ(login.calls, QStringList{"register"});
+    announced.clear();
+    toggle("Share anonymous usage data");
+    EXPECT_EQ(announced, QStringList{"analyticsOptInChanged 0 0"});
+}
+
+TEST_F(Settings, ALoginItemFailureIsPrintedAndTheChoiceKept)
+{
+    login.failure = "Permission denied";
+    open();
+    testing::internal::CaptureStdout();
+    toggle("Launch at login");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Failed to set launch at login: Permission denied\n");
+    EXPECT_TRUE(control<QCheckBox>("Launch at login")->isChecked());
+    EXPECT_TRUE(store.launchAtLogin());
+    toggle("Launch at login");
+    EXPECT_EQ(login.calls, (QStringList{"register", "unregister"}));
+}
+
+TEST_F(Settings, HidingTheIconOffersQuit)
+{
+    open();
+    toggle("Hide menu bar icon");
+    EXPECT_TRUE(shows("Quit Kestrio"));
+    EXPECT_TRUE(shows("Your hotkey still works. To reopen this window, launch Kestrio again from Finder, "
+                      "Spotlight, or Launchpad."));
+    QTest::mouseClick(control("Quit Kestrio"), Qt::LeftButton);
+    EXPECT_EQ(terminations, 1);
+}
+
+TEST_F(Settings, CustomShortcutRowOnlyInCustomModeAndTheShortcutKept)
+{
+    layout.scanCodes = {{45, 40}};
+    layout.characters = {{40, "k"}};
+    open();
+    choose(2);
+    EXPECT_EQ(store.hotkeyModeText(), "customShortcut");
+    EXPECT_EQ(announced, QStringList{"hotkeyModeChanged customShortcut 0"});
+    EXPECT_TRUE(shows("Shortcut:"));
+    EXPECT_TRUE(shows("Click to record"));
+
+    // Recording saves the shortcut, then tells the detector.
+    announced.clear();
+    QTest::mouseClick(view->recorderButton(), Qt::LeftButton);
+    EXPECT_TRUE(view->isRecordingShortcut());
+    QKeyEvent press(QEvent::KeyPress, Qt::Key_K, Qt::ControlModifier | Qt::AltModifier, 45, 0, 0);
+    QApplication::sendEvent(view->recorderButton(), &press);
+    EXPECT_FALSE(view->isRecordingShortcut());
+    EXPECT_EQ(view->recordedShortcut(), (CustomShortcut{40, ModifierFlag::Control | ModifierFlag::Option}));
+    EXPECT_EQ(announced, QStringList{"hotkeyModeChanged customShortcut 40"});
+    EXPECT_TRUE(shows("⌃⌥K"));
+
+    announced.clear();
+    choose(1);
+    EXPECT_EQ(store.hotkeyModeText(), "doubleTapOption");
+    EXPECT_EQ(announced, QStringList{"hotkeyModeChanged doubleTapOption 40"});
+    EXPECT_FALSE(shows("Shortcut:"));
+    EXPECT_EQ(CustomShortcut::load(store), (CustomShortcut{40, ModifierFlag::Control | ModifierFlag::Option}));
+
+    announced.clear();
+    choose(1); // the same choice again is no change
+    EXPECT_TRUE(announced.isEmpty());
+}
+
+TEST_F(Settings, WarningsFollowTheDetectorWhileOpen)
+{
+    const QString inactive = "Hotkey inactive";
+    const QString blocked = "Shortcut blocked by Secure Input";
+    store.setString(SettingsKey::hotkeyMode, "customShortcut");
+    keyboard.trusted = false;
+    hotkey.start();
+    open();
+    EXPECT_TRUE(shows(inactive));
+    EXPECT_FALSE(shows(blocked));
+    QTest::mouseClick(control("Open Accessibility Settings"), Qt::LeftButton);
+    EXPECT_EQ(ax.settingsOpened, 1);
+
+    keyboard.trusted = true;
+    hotkey.pollTick(); // the detector notices the grant
+    EXPECT_FALSE(shows(inactive));
+    keyboard.secureInput = true;
+    hotkey.refreshSecureInput();
+    EXPECT_TRUE(shows(blocked));
+
+    QTest::mouseClick(control("Switch to Double-tap ⌘ Command"), Qt::LeftButton);
+    EXPECT_EQ(store.hotkeyModeText(), "doubleTapCommand");
+    EXPECT_EQ(announced, QStringList{"hotkeyModeChanged doubleTapCommand 0"});
+    EXPECT_FALSE(shows(blocked));
+    EXPECT_EQ(activationMethod()->currentIndex(), 0);
+}
+
+TEST_F(Settings, ThemeIsStoredAndApplied)
+{
+    const QPalette original = QApplication::palette();
+    open();
+    QTest::mouseClick(control("Dark"), Qt::LeftButton);
+    EXPECT_EQ(store.appearance(), "dark");
+    EXPECT_LT(QApplication::palette().color(QPalette::Window).lightness(), 100);
+    QTest::mouseClick(control("Light"), Qt::LeftButton);
+    EXPECT_EQ(store.appearance(), "light");
+    EXPECT_GT(QApplication::palette().color(QPalette::Window).lightness(), 200);
+    QTest::mouseClick(control("System"), Qt::LeftButton);
+    EXPECT_EQ(store.appearance(), "system");
+    EXPECT_EQ(QApplication::palette().color(QPalette::Window), original.color(QPalette::Window));
+    EXPECT_TRUE(announced.isEmpty());
+}
+
+TEST_F(Settings, CheckNowStates)
+{
+    open();
+    QPushButton* checkNow = control<QPushButton>("Check Now");
+    QTest::mouseClick(checkNow, Qt::LeftButton);
+    EXPECT_EQ(view->updateCheckState(), Check::checking());
+    EXPECT_TRUE(shows("Checking…"));
+    EXPECT_FALSE(checkNow->isEnabled());
+    QTest::mouseClick(checkNow, Qt::LeftButton); // impossible while the first runs
+    EXPECT_EQ(pendingChecks.size(), 1u);
+
+    finishCheck(UpdateCheckError{UpdateCheckError::Kind::network, "Connection refused"});
+    EXPECT_EQ(view->updateCheckState(), Check::failed("Network error: Connection refused"));
+    EXPECT_TRUE(shows("Network error: Connection refused"));
+    EXPECT_TRUE(checkNow->isEnabled());
+
+    QTest::mouseClick(checkNow, Qt::LeftButton);
+    finishCheck(release(false));
+    EXPECT_EQ(view->updateCheckState(), Check::upToDate());
+    EXPECT_TRUE(shows("Up to date"));
+    EXPECT_FALSE(shows("Network error: Connection refused"));
+    EXPECT_FALSE(shows("Install Update"));
+
+    QTest::mouseClick(checkNow, Qt::LeftButton);
+    finishCheck(release(true));
+    EXPECT_EQ(view->updateCheckState(), Check::available("2.0.0", QUrl("http://127.0.0.1:9/k.tar.gz")));
+    EXPECT_TRUE(shows("v2.0.0 available"));
+    EXPECT_TRUE(shows("Install Update"));
+}
+
+TEST_F(Settings, AnAutomaticCheckAloneOffersNoInstaller)
+{
+    open();
+    hub.postUpdateAvailable(release(true));
+    EXPECT_FALSE(shows("Install Update"));
+    EXPECT_EQ(view->updateCheckState(), Check::idle());
+}
+
+TEST_F(Settings, InstallerRowFollowsTheSelfUpdater)
+{
+    LoopbackHttpServer site;
+    site.answer = false; // the download stays under way
+    QTemporaryDir home;
+    installation = home.filePath("Kestrio.app");
+    QDir().mkpath(*installation);
+    open();
+    QTest::mouseClick(control("Check Now"), Qt::LeftButton);
+    finishCheck(UpdateCheckResult{"2.0.0", std::nullopt, site.url("/k.tar.gz"), std::nullopt, true});
+
+    QTest::mouseClick(control("Install Update"), Qt::LeftButton);
+    EXPECT_EQ(updater->state(), UpdaterState::downloading(0));
+    EXPECT_TRUE(site.waitForRequests(1));
+    EXPECT_TRUE(shows("Downloading… 0%"));
+    EXPECT_FALSE(shows("Install Update"));
+
+    emit updater->stateChanged(UpdaterState::downloading(0.429));
+    EXPECT_TRUE(shows("Downloading… 42%"));
+    EXPECT_EQ(view->findChild<QProgressBar*>()->value(), 429);
+    emit updater->stateChanged(UpdaterState::installing());
+    EXPECT_TRUE(shows("Installing update…"));
+    EXPECT_FALSE(shows("Cancel"));
+    emit updater->stateChanged(UpdaterState::downloading(0.0));
+
+    QTest::mouseClick(control("Cancel"), Qt::LeftButton);
+    EXPECT_EQ(updater->state(), UpdaterState::idle());
+    EXPECT_TRUE(shows("Install Update"));
+
+    emit updater->stateChanged(UpdaterState::failed("The download was damaged."));
+    EXPECT_TRUE(shows("Install Update")); // another attempt stays possible
+    EXPECT_TRUE(shows("The download was damaged."));
+}
+
+TEST_F(Settings, AnUpdaterFailureShowsUnderTheButton)
+{
+    open(); // not installed where it can update itself
+    QTest::mouseClick(control("Check Now"), Qt::LeftButton);
+    finishCheck(release(true));
+    QTest::mouseClick(control("Install Update"), Qt::LeftButton);
+    EXPECT_TRUE(shows("Kestrio is not running from an installation it can update."));
+    EXPECT_TRUE(shows("Install Update"));
+}
+
+TEST_F(Settings, ResetAsksFirst)
+{
+    usage.recordUsage("org.xfce.mousepad", "File → Save");
+    open();
+    for (const char* answer : {"Cancel", "Reset"}) {
+        SCOPED_TRACE(answer);
+        QTest::mouseClick(control("Reset Usage History"), Qt::LeftButton);
+        EXPECT_TRUE(view->showResetConfirmation());
+        auto* box = view->findChild<QMessageBox*>();
+        ASSERT_TRUE(box);
+        EXPECT_EQ(box->text(), "Reset all usage history?");
+        QAbstractButton* chosen = nullptr;
+        for (QAbstractButton* b : box->buttons())
+            chosen = b->text() == answer ? b : chosen;
+        ASSERT_TRUE(chosen);
+        QTest::mouseClick(chosen, Qt::LeftButton);
+        EXPECT_FALSE(view->showResetConfirmation());
+        EXPECT_EQ(usage.count("org.xfce.mousepad", "File → Save"), QString(answer) == "Cancel" ? 1 : 0);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+}
+
+} // namespace
