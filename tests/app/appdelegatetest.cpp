@@ -2,13 +2,18 @@
 #include "app/appdelegate.h"
 #include "app/notificationhub.h"
 #include "app/onboardingview.h"
+#include "app/settingsview.h"
 #include "hotkey/hotkeyservice.h"
+#include "hotkey/shortcutrecorderbutton.h"
 #include "platform/fake/fakeaccessibility.h"
 #include "platform/fake/fakeclock.h"
 #include "platform/fake/fakedesktopwindows.h"
 #include "platform/fake/fakehotkeyplatform.h"
+#include "platform/fake/fakekeyboardlayout.h"
+#include "platform/fake/fakeloginitem.h"
 #include "platform/fake/fakesysteminfo.h"
 #include "platform/fake/fakeworkspace.h"
+#include "platform/linux/tarupdatepackaging.h"
 #include "search/searchpanel.h"
 #include "search/searchpanelcontroller.h"
 #include "search/searchviewmodel.h"
@@ -21,8 +26,10 @@
 
 #include <QApplication>
 #include <QCoreApplication>
+#include <QDir>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QKeyEvent>
 #include <QMenu>
 #include <QPointer>
 #include <QPushButton>
@@ -56,6 +63,7 @@ protected:
     int terminations = 0;
     int updateChecks = 0;
     int settingsViews = 0;
+    std::function<QWidget*()> makeSettingsView;
     std::unique_ptr<AppDelegate> app;
 
     Controller()
@@ -70,7 +78,10 @@ protected:
         app = std::make_unique<AppDelegate>(AppDelegate::Services{
             settings.store(), hotkey, analytics, ax, windows, workspace, hub,
             [this] { ++terminations; }, [this] { ++updateChecks; }, {}, QStringLiteral("kestrio"),
-            [this] { ++settingsViews; return new QWidget; }});
+            [this] {
+                ++settingsViews;
+                return makeSettingsView ? makeSettingsView() : new QWidget;
+            }});
         app->setSearchServices(SearchServices{&usage, &analytics, [](const MenuItem&) { return true; }});
         app->applicationDidFinishLaunching();
     }
@@ -313,6 +324,48 @@ TEST_F(Controller, SettingsAndAboutWindowsAreReusedWhileTheyShow)
     ASSERT_TRUE(view);
     EXPECT_EQ(view->productURL, view->bwkURL.resolved(QUrl("apps/kestrio/")));
     EXPECT_EQ(view->productURL.path(), "/apps/kestrio/");
+}
+
+TEST_F(Controller, ARecordedShortcutReplacesTheActiveOneAtOnce)
+{
+    using namespace ModifierFlag;
+    settings.store().setBool(SettingsKey::hasLaunchedBefore, true);
+    saveHotkeyMode(HotkeyMode::customShortcut, settings.store());
+    CustomShortcut{0, Command}.save(settings.store());
+    hotkey.setMode(HotkeyMode::customShortcut);
+    hotkey.customShortcut = CustomShortcut::load(settings.store());
+    TarUpdatePackaging packaging;
+    SelfUpdater updater(packaging, SelfUpdater::Environment{QDir::tempPath(), std::nullopt, 0, {}});
+    FakeLoginItem login;
+    FakeKeyboardLayout layout;
+    layout.scanCodes = {{45, 40}};
+    makeSettingsView = [&]() -> QWidget* {
+        return new SettingsView(SettingsView::Services{settings.store(), hub, hotkey, app->accessibilityService(), usage,
+                                                       updater, login, layout, {}, {}});
+    };
+    launch();
+    int activations = 0;
+    hotkey.onActivate = [&] { ++activations; };
+    auto panels = [&] {
+        QCoreApplication::processEvents(); // activations come as tasks of their own
+        return activations;
+    };
+    keyboard.keyDown(0, Command);
+    EXPECT_EQ(panels(), 1);
+
+    row("Settings…")->trigger();
+    auto* recorder = app->settingsWindow()->findChild<ShortcutRecorderButton*>();
+    ASSERT_TRUE(recorder);
+    QTest::mouseClick(recorder, Qt::LeftButton);
+    QKeyEvent press(QEvent::KeyPress, Qt::Key_K, Qt::ControlModifier | Qt::ShiftModifier, 45, 0, 0);
+    QApplication::sendEvent(recorder, &press);
+
+    EXPECT_EQ(CustomShortcut::load(settings.store()), (CustomShortcut{40, Control | Shift}));
+    EXPECT_EQ(hotkey.customShortcut, (CustomShortcut{40, Control | Shift}));
+    keyboard.keyDown(0, Command); // the old one stopped working
+    EXPECT_EQ(panels(), 1);
+    keyboard.keyDown(40, Control | Shift);
+    EXPECT_EQ(panels(), 2);
 }
 
 TEST_F(Controller, LaunchingAgainOpensTheSettingsOnlyWithoutTrayIcon)
