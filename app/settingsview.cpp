@@ -14,6 +14,7 @@
 #include "search/busyspinner.h"
 #include "search/usagetracker.h"
 
+#include <QApplication>
 #include <QBoxLayout>
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -25,7 +26,6 @@
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
-#include <QStackedWidget>
 #include <QToolButton>
 
 #include <cstdio>
@@ -104,6 +104,7 @@ SettingsView::SettingsView(Services services, QWidget* parent)
     scroll_->setFrameShape(QFrame::NoFrame);
     scroll_->setWidgetResizable(true);
     scroll_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll_->setFocusPolicy(Qt::NoFocus); // the keyboard starts on the first control
     outer->addWidget(scroll_);
 
     auto* form = new QWidget;
@@ -246,6 +247,7 @@ void SettingsView::buildAppearance(FormSection* section)
             return;
         services_.settings.setString(SettingsKey::appearance, chosen);
         AppearanceTheme::apply(chosen);
+        styleThemeSegments();
     });
     section->addRow(labelled(QStringLiteral("Theme"), segments, section));
 }
@@ -295,12 +297,11 @@ void SettingsView::buildUpdates(FormSection* section)
     layout->addWidget(updateStatus_);
     section->addRow(checkRow);
 
+    // One of three rows shows, each at its own height.
     installerRow_ = new QWidget(section);
     QVBoxLayout* installer = column(installerRow_, 0);
-    installerPages_ = new QStackedWidget(installerRow_);
-    installer->addWidget(installerPages_);
 
-    auto* downloading = new QWidget;
+    auto* downloading = new QWidget(installerRow_);
     QVBoxLayout* down = column(downloading, 4);
     downloadLabel_ = new StyledLabel(QString(), Font::caption, Tone::primary, downloading);
     downloadProgress_ = new QProgressBar(downloading);
@@ -312,18 +313,16 @@ void SettingsView::buildUpdates(FormSection* section)
     down->addWidget(downloadLabel_);
     down->addWidget(downloadProgress_);
     down->addWidget(cancel, 0, Qt::AlignLeft);
-    installerPages_->addWidget(downloading);
 
-    auto* installing = new QWidget;
+    auto* installing = new QWidget(installerRow_);
     QHBoxLayout* busy = row(installing, 8);
     auto* installSpinner = new BusySpinner(installing);
     installSpinner->setFixedSize(16, 16);
     busy->addWidget(installSpinner);
     busy->addWidget(note(QStringLiteral("Installing update…"), installing));
     busy->addStretch(1);
-    installerPages_->addWidget(installing);
 
-    auto* ready = new QWidget;
+    auto* ready = new QWidget(installerRow_);
     QVBoxLayout* readyColumn = column(ready, 4);
     auto* install = new QPushButton(QStringLiteral("Install Update"), ready);
     install->setDefault(true);
@@ -334,7 +333,9 @@ void SettingsView::buildUpdates(FormSection* section)
     installFailure_ = new StyledLabel(QString(), Font::caption, Tone::red, ready);
     readyColumn->addWidget(install, 0, Qt::AlignLeft);
     readyColumn->addWidget(installFailure_);
-    installerPages_->addWidget(ready);
+    installerPages_ = {downloading, installing, ready};
+    for (QWidget* page : installerPages_)
+        installer->addWidget(page);
     section->addRow(installerRow_);
 }
 
@@ -383,9 +384,31 @@ void SettingsView::render()
             segment->setChecked(false);
         theme_->setExclusive(true);
     }
+    styleThemeSegments();
     analytics_->setChecked(settings.analyticsEnabled());
     autoUpdateCheck_->setChecked(settings.autoUpdateCheck());
     renderUpdateStatus();
+}
+
+void SettingsView::styleThemeSegments()
+{
+    // The chosen segment in the accent colour, as a segmented control shows it.
+    const QPalette theme = QApplication::palette();
+    for (QAbstractButton* segment : theme_->buttons()) {
+        QPalette own; // nothing of its own: the theme's
+        if (segment->isChecked()) {
+            own.setColor(QPalette::Button, theme.color(QPalette::Highlight));
+            own.setColor(QPalette::ButtonText, theme.color(QPalette::HighlightedText));
+        }
+        segment->setPalette(own);
+    }
+}
+
+void SettingsView::changeEvent(QEvent* event)
+{
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::ApplicationPaletteChange)
+        QMetaObject::invokeMethod(this, &SettingsView::styleThemeSegments, Qt::QueuedConnection);
 }
 
 void SettingsView::renderUpdateStatus()
@@ -429,19 +452,19 @@ void SettingsView::renderInstaller(const SelfUpdater::State& state)
         const int percent = int(state.progress * 100); // cut toward zero
         downloadLabel_->setText(QStringLiteral("Downloading… %1%").arg(percent));
         downloadProgress_->setValue(int(std::clamp(state.progress, 0.0, 1.0) * 1000));
-        installerPages_->setCurrentIndex(0);
         break;
     }
     case Kind::installing:
-        installerPages_->setCurrentIndex(1);
         break;
     case Kind::idle:
     case Kind::failed:
         installFailure_->setText(state.message);
         installFailure_->setVisible(state.kind == Kind::failed);
-        installerPages_->setCurrentIndex(2);
         break;
     }
+    const int page = state.kind == Kind::downloading ? 0 : state.kind == Kind::installing ? 1 : 2;
+    for (int i = 0; i < int(installerPages_.size()); ++i)
+        installerPages_[size_t(i)]->setVisible(i == page);
 }
 
 void SettingsView::setLaunchAtLogin(bool enabled)

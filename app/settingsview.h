@@ -8,6 +8,7 @@
 #include <QUrl>
 #include <QWidget>
 
+#include <array>
 #include <functional>
 #include <optional>
 
@@ -25,7 +26,6 @@ class QMessageBox;
 class QProgressBar;
 class QPushButton;
 class QScrollArea;
-class QStackedWidget;
 class SettingsStore;
 class ShortcutRecorderButton;
 class StyledLabel;
@@ -90,6 +90,9 @@ public:
     void scrollToSection(const QString& title);
     ShortcutRecorderButton* recorderButton() const { return recorder_; }
 
+protected:
+    void changeEvent(QEvent* event) override;
+
 private:
     QWidget* buildGeneral(FormSection* section);
     void buildHotkey(FormSection* section);
@@ -101,6 +104,7 @@ private:
     // Brings every control in line with the stored values and the view state.
     void render();
     void renderUpdateStatus();
+    void styleThemeSegments();
     void renderInstaller(const SelfUpdater::State& state);
 
     QString hotkeyModeRaw() const;
@@ -134,7 +138,7 @@ private:
     QWidget* checkingStatus_ = nullptr;
     StyledLabel* updateStatus_ = nullptr;
     QWidget* installerRow_ = nullptr;
-    QStackedWidget* installerPages_ = nullptr;
+    std::array<QWidget*, 3> installerPages_{}; // downloading, installing, ready
     QProgressBar* downloadProgress_ = nullptr;
     StyledLabel* downloadLabel_ = nullptr;
     StyledLabel* installFailure_ = nullptr;

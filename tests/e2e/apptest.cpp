@@ -21,15 +21,6 @@ QString activePid()
     return run("xdotool", {"getwindowpid", run("xdotool", {"getactivewindow"}).out.trimmed()}).out.trimmed();
 }
 
-void screenshot(const QString& name)
-{
-    QDir().mkpath(QStringLiteral(ARTIFACTS_DIR));
-    const QString path = QStringLiteral(ARTIFACTS_DIR "/%1.png").arg(name);
-    QThread::msleep(250);
-    run("import", {"-window", "root", path});
-    std::cout << "screenshot: " << path.toStdString() << std::endl;
-}
-
 TEST(Kestrio, OneSearchFromTheHotkeyToTheCommand)
 {
     Applications apps;

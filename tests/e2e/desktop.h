@@ -4,6 +4,7 @@
 // that scripts/headless-session made for the test.
 
 #include <QDeadlineTimer>
+#include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -12,6 +13,7 @@
 #include <QThread>
 
 #include <functional>
+#include <iostream>
 #include <memory>
 #include <vector>
 
@@ -88,6 +90,57 @@ inline qint64 usageCount(const QString& bundle, const QString& path)
     const QJsonObject usage = QJsonDocument::fromJson(file.readAll()).object().value("menuItemUsage").toObject();
     return usage.value(bundle).toObject().value(path).toInteger();
 }
+
+// A screenshot of the whole session in the artifacts folder; its path.
+inline QString screenshot(const QString& name)
+{
+    QDir().mkpath(QStringLiteral(ARTIFACTS_DIR));
+    const QString path = QStringLiteral(ARTIFACTS_DIR "/%1.png").arg(name);
+    QThread::msleep(250); // let the last frame reach the screen
+    run(QStringLiteral("import"), {QStringLiteral("-window"), QStringLiteral("root"), path});
+    std::cout << "screenshot: " << path.toStdString() << std::endl;
+    return path;
+}
+
+// A helper program that reports its state as JSON lines on standard output;
+// killed when the test ends.
+class ReportingProcess {
+public:
+    ReportingProcess(const QString& program, const QStringList& arguments)
+    {
+        process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        process_.start(program, arguments);
+        process_.waitForStarted();
+    }
+    ~ReportingProcess()
+    {
+        process_.kill();
+        process_.waitForFinished();
+    }
+
+    // Waits for a reported state that satisfies `condition`.
+    bool reports(const std::function<bool(const QJsonObject&)>& condition)
+    {
+        return eventually([&] {
+            process_.waitForReadyRead(50);
+            buffer_ += process_.readAllStandardOutput();
+            for (const QByteArray& line : buffer_.split('\n')) {
+                const QJsonObject state = QJsonDocument::fromJson(line).object();
+                if (!state.isEmpty() && condition(state)) {
+                    last_ = state;
+                    return true;
+                }
+            }
+            return false;
+        });
+    }
+    QJsonObject last() const { return last_; }
+
+private:
+    QProcess process_;
+    QByteArray buffer_;
+    QJsonObject last_;
+};
 
 // Applications started by a test, stopped when it ends.
 class Applications {

@@ -1,6 +1,5 @@
 #include "desktop.h"
 
-#include <QDir>
 #include <QJsonArray>
 
 #include <gtest/gtest.h>
@@ -12,52 +11,10 @@ namespace {
 using namespace e2e;
 
 // The harness opens the panel over the active window and reports its state.
-class Harness {
+class Harness : public ReportingProcess {
 public:
-    explicit Harness(const QStringList& arguments = {})
-    {
-        process_.start(QStringLiteral(PANEL_HARNESS_PATH), arguments);
-        process_.waitForStarted();
-    }
-    ~Harness()
-    {
-        process_.kill();
-        process_.waitForFinished();
-    }
-
-    // Waits for a reported state that satisfies `condition`.
-    bool reports(const std::function<bool(const QJsonObject&)>& condition)
-    {
-        return eventually([&] {
-            process_.waitForReadyRead(50);
-            buffer_ += process_.readAllStandardOutput();
-            for (const QByteArray& line : buffer_.split('\n')) {
-                const QJsonObject state = QJsonDocument::fromJson(line).object();
-                if (!state.isEmpty() && condition(state)) {
-                    last_ = state;
-                    return true;
-                }
-            }
-            return false;
-        });
-    }
-    QJsonObject last() const { return last_; }
-
-private:
-    QProcess process_;
-    QByteArray buffer_;
-    QJsonObject last_;
+    explicit Harness(const QStringList& arguments = {}) : ReportingProcess(QStringLiteral(PANEL_HARNESS_PATH), arguments) {}
 };
-
-QString screenshot(const QString& name)
-{
-    QDir().mkpath(QStringLiteral(ARTIFACTS_DIR));
-    const QString path = QStringLiteral(ARTIFACTS_DIR "/%1.png").arg(name);
-    QThread::msleep(250); // let the last frame reach the screen
-    run("import", {"-window", "root", path});
-    std::cout << "screenshot: " << path.toStdString() << std::endl;
-    return path;
-}
 
 QString activeWindowPid()
 {

@@ -1,0 +1,170 @@
+// Shows the settings window (or the about window) in one prepared state, for
+// screenshots and for recording a shortcut with real key presses. Reports on
+// standard output as JSON lines: {"ready": …, "recorder": [x, y]} once the
+// state is shown, {"shortcut": …} for each recorded shortcut.
+//   kestrio-settings-harness SCENE
+// Scenes: general, hotkey, appearance, updates-available, updates-downloading,
+// data, dark, about.
+#include "app/aboutview.h"
+#include "app/appearancetheme.h"
+#include "app/notificationhub.h"
+#include "app/settingsstore.h"
+#include "app/settingsview.h"
+#include "hotkey/hotkeyservice.h"
+#include "hotkey/shortcutrecorderbutton.h"
+#include "menu/accessibilityservice.h"
+#include "platform/accessibility.h"
+#include "platform/clock.h"
+#include "platform/hotkeyplatform.h"
+#include "platform/keyboardlayout.h"
+#include "platform/loginitem.h"
+#include "platform/updatepackaging.h"
+#include "search/usagetracker.h"
+
+#include <QApplication>
+#include <QBoxLayout>
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QPushButton>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <cstdio>
+
+namespace {
+
+void report(const QJsonObject& line)
+{
+    std::printf("%s\n", QJsonDocument(line).toJson(QJsonDocument::Compact).constData());
+    std::fflush(stdout);
+}
+
+QWidget* window(const QString& title, QSize size, QWidget* content)
+{
+    auto* w = new QWidget;
+    w->setWindowTitle(title);
+    auto* layout = new QVBoxLayout(w);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(content);
+    w->setFixedSize(size);
+    w->move(200, 80);
+    w->show();
+    w->activateWindow();
+    return w;
+}
+
+QPushButton* button(QWidget* in, const QString& text)
+{
+    for (QPushButton* b : in->findChildren<QPushButton*>()) {
+        if (b->text() == text)
+            return b;
+    }
+    return nullptr;
+}
+
+// A download that stops at 42 % and stays there.
+class StalledDownload : public QTcpServer {
+public:
+    StalledDownload()
+    {
+        listen(QHostAddress::LocalHost, 0);
+        connect(this, &QTcpServer::newConnection, this, [this] {
+            while (QTcpSocket* socket = nextPendingConnection()) {
+                connect(socket, &QTcpSocket::readyRead, socket, [socket] {
+                    socket->readAll();
+                    socket->write("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n" + QByteArray(100, 'x'));
+                    // Qt reports progress at most every 150 ms: the rest comes later.
+                    QTimer::singleShot(400, socket, [socket] { socket->write(QByteArray(320, 'x')); });
+                });
+            }
+        });
+    }
+    QUrl url() const { return QUrl(QStringLiteral("http://127.0.0.1:%1/Kestrio-9.9.9.tar.gz").arg(serverPort())); }
+};
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QApplication app(argc, argv);
+    app.setApplicationName(QStringLiteral("Kestrio"));
+    app.setQuitOnLastWindowClosed(false);
+    const QString scene = app.arguments().value(1, QStringLiteral("general"));
+
+    if (scene == QLatin1String("about")) {
+        const QUrl site(QStringLiteral("https://kestrio.brambleworks.invalid/"));
+        window(QStringLiteral("About Kestrio"), QSize(340, 420), new AboutView(site, site.resolved(QUrl("apps/kestrio/"))));
+        QTimer::singleShot(500, &app, [] { report({{"ready", true}}); });
+        return app.exec();
+    }
+
+    QTemporaryDir folder;
+    SettingsStore store(folder.filePath(QStringLiteral("settings.json")));
+    if (scene == QLatin1String("general"))
+        store.setBool(SettingsKey::hideMenuBarIcon, true);
+    if (scene == QLatin1String("hotkey"))
+        store.setString(SettingsKey::hotkeyMode, QStringLiteral("customShortcut"));
+    if (scene == QLatin1String("dark"))
+        store.setString(SettingsKey::appearance, QStringLiteral("dark"));
+    AppearanceTheme::apply(store.appearance());
+
+    NotificationHub hub;
+    HotkeyService hotkey(HotkeyPlatform::current(), store, Clock::monotonic());
+    hotkey.start();
+    AccessibilityService accessibility(Accessibility::current());
+    UsageTracker usage(store);
+    usage.recordUsage(QStringLiteral("org.xfce.mousepad"), QStringLiteral("File → Save"));
+    QDir().mkpath(folder.filePath(QStringLiteral("Kestrio.app")));
+    SelfUpdater updater(UpdatePackaging::current(),
+                        SelfUpdater::Environment{folder.path(), folder.filePath(QStringLiteral("Kestrio.app")),
+                                                 QCoreApplication::applicationPid(), [] {}});
+    StalledDownload download;
+    auto* view = new SettingsView(SettingsView::Services{
+        store, hub, hotkey, accessibility, usage, updater, LoginItem::current(), KeyboardLayout::current(),
+        [&download](SettingsView::UpdateCompletion done) {
+            QTimer::singleShot(300, [done, url = download.url()] {
+                done(UpdateCheckResult{QStringLiteral("9.9.9"), std::nullopt, url, std::nullopt, true});
+            });
+        },
+        [] { QCoreApplication::quit(); }});
+    QWidget* settingsWindow = window(QStringLiteral("Kestrio Settings"), QSize(440, 520), view);
+
+    // Reported once the recorder shows it.
+    QObject::connect(&hub, &NotificationHub::hotkeyModeChanged, &app, [&] { QTimer::singleShot(0, &app, [&] {
+        if (const std::optional<CustomShortcut> shortcut = CustomShortcut::load(store))
+            report({{"shortcut", QJsonObject{{"keyCode", shortcut->keyCode},
+                                             {"modifiers", qint64(shortcut->modifiers)},
+                                             {"text", view->recorderButton()->text()}}}});
+    }); });
+
+    const bool updates = scene.startsWith(QLatin1String("updates"));
+    const QString section = updates ? QStringLiteral("Updates")
+        : scene == QLatin1String("appearance") ? QStringLiteral("Appearance")
+        : scene == QLatin1String("data")       ? QStringLiteral("Data")
+        : scene == QLatin1String("hotkey")     ? QStringLiteral("Hotkey")
+                                               : QStringLiteral("General");
+    QTimer::singleShot(300, &app, [&] {
+        view->scrollToSection(section);
+        if (updates)
+            button(view, QStringLiteral("Check Now"))->click();
+        if (scene == QLatin1String("data"))
+            button(view, QStringLiteral("Reset Usage History"))->click();
+    });
+    QTimer::singleShot(900, &app, [&] {
+        if (scene == QLatin1String("updates-downloading"))
+            button(view, QStringLiteral("Install Update"))->click();
+    });
+    QTimer::singleShot(1600, &app, [&] {
+        ShortcutRecorderButton* recorder = view->recorderButton();
+        const QPoint center = recorder->mapToGlobal(recorder->rect().center());
+        report({{"ready", true},
+                {"window", qint64(settingsWindow->winId())},
+                {"recorder", QJsonArray{center.x(), center.y()}},
+                {"recorderVisible", recorder->isVisible()}});
+    });
+    return app.exec();
+}
