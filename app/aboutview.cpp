@@ -1,5 +1,6 @@
 #include "app/aboutview.h"
 
+#include "app/styledlabel.h"
 #include "telemetry/appinfo.h"
 
 #include <QBoxLayout>
@@ -9,31 +10,18 @@
 
 namespace {
 
-QLabel* text(const QString& content, QWidget* parent, qreal scale, int weight = QFont::Normal, qreal alpha = 1.0)
+using Font = StyledLabel::Font;
+using Tone = StyledLabel::Tone;
+
+StyledLabel* centred(StyledLabel* label)
 {
-    auto* label = new QLabel(content, parent);
-    QFont font = label->font();
-    font.setPointSizeF(font.pointSizeF() * scale);
-    font.setWeight(QFont::Weight(weight));
-    label->setFont(font);
     label->setAlignment(Qt::AlignCenter);
-    if (alpha < 1.0) {
-        QPalette palette = label->palette();
-        QColor color = palette.color(QPalette::WindowText);
-        color.setAlphaF(float(alpha));
-        palette.setColor(QPalette::WindowText, color);
-        label->setPalette(palette);
-    }
     return label;
 }
 
-QLabel* link(const QString& title, const QUrl& url, QWidget* parent, qreal scale, int weight = QFont::Normal)
+StyledLabel* text(const QString& content, Font font, Tone tone, QWidget* parent)
 {
-    auto* label = text(QStringLiteral("<a href=\"%1\">%2</a>").arg(url.toString(QUrl::FullyEncoded), title.toHtmlEscaped()),
-                       parent, scale, weight);
-    label->setTextFormat(Qt::RichText);
-    label->setOpenExternalLinks(true); // the default browser
-    return label;
+    return centred(new StyledLabel(content, font, tone, parent));
 }
 
 } // namespace
@@ -64,12 +52,14 @@ AboutView::AboutView(QUrl bwkURL, QUrl productURL, QWidget* parent)
 
     auto* identity = new QVBoxLayout;
     identity->setSpacing(4);
-    name_ = text(nameText(QCoreApplication::applicationName()), this, 1.6, QFont::DemiBold);
-    version_ = text(versionText(appVersion(), appBuild()), this, 0.95, QFont::Normal, 0.62);
+    auto* name = text(nameText(QCoreApplication::applicationName()), Font::title, Tone::primary, this);
+    name->setWeight(QFont::DemiBold);
+    name_ = name;
+    version_ = text(versionText(appVersion(), appBuild()), Font::callout, Tone::secondary, this);
     identity->addWidget(name_);
     identity->addWidget(version_);
     column->addLayout(identity);
-    column->addWidget(text(QStringLiteral("Find any menu item instantly."), this, 1.0, QFont::Normal, 0.62));
+    column->addWidget(text(QStringLiteral("Find any menu item instantly."), Font::subheadline, Tone::secondary, this));
 
     auto* line = new QFrame(this);
     line->setFrameShape(QFrame::HLine);
@@ -81,20 +71,20 @@ AboutView::AboutView(QUrl bwkURL, QUrl productURL, QWidget* parent)
 
     auto* maker = new QVBoxLayout;
     maker->setSpacing(6);
-    maker->addWidget(text(QStringLiteral("Brought to you by"), this, 0.85, QFont::Normal, 0.62));
-    maker->addWidget(link(QStringLiteral("Brambleworks"), this->bwkURL, this, 1.1, QFont::DemiBold));
+    maker->addWidget(text(QStringLiteral("Brought to you by"), Font::caption, Tone::secondary, this));
+    maker->addWidget(centred(StyledLabel::link(QStringLiteral("Brambleworks"), this->bwkURL, Font::headline, this)));
     column->addLayout(maker);
 
     auto* links = new QHBoxLayout;
     links->setSpacing(16);
     links->addStretch();
-    links->addWidget(link(QStringLiteral("Product page"), this->productURL, this, 0.85));
-    links->addWidget(link(QStringLiteral("Website"), this->bwkURL, this, 0.85));
+    links->addWidget(StyledLabel::link(QStringLiteral("Product page"), this->productURL, Font::caption, this));
+    links->addWidget(StyledLabel::link(QStringLiteral("Website"), this->bwkURL, Font::caption, this));
     links->addStretch();
     column->addLayout(links);
 
     column->addSpacing(4);
-    column->addWidget(text(QStringLiteral("© 2026 Brambleworks\nAll rights reserved."), this, 0.75, QFont::Normal, 0.42));
+    column->addWidget(text(QStringLiteral("© 2026 Brambleworks\nAll rights reserved."), Font::caption2, Tone::tertiary, this));
 }
 
 QString AboutView::shownName() const

@@ -1,5 +1,6 @@
 #include "app/onboardingview.h"
 
+#include "app/styledlabel.h"
 #include "menu/accessibilityservice.h"
 #include "platform/accessibility.h"
 
@@ -11,44 +12,21 @@
 
 namespace {
 
-QLabel* text(const QString& content, QWidget* parent, qreal scale = 1.0, bool bold = false)
+using Font = StyledLabel::Font;
+using Tone = StyledLabel::Tone;
+
+StyledLabel* text(const QString& content, Font font, Tone tone, QWidget* parent)
 {
-    auto* label = new QLabel(content, parent);
-    QFont font = label->font();
-    font.setPointSizeF(font.pointSizeF() * scale);
-    font.setBold(bold);
-    label->setFont(font);
+    auto* label = new StyledLabel(content, font, tone, parent);
     label->setAlignment(Qt::AlignCenter);
-    label->setWordWrap(true);
     return label;
 }
 
-void setColor(QWidget* widget, const QColor& color)
+// A bold line with a small symbol before its text.
+StyledLabel* iconLabel(const QString& icon, const QString& content, Tone tone, QWidget* parent)
 {
-    QPalette palette = widget->palette();
-    palette.setColor(QPalette::WindowText, color);
-    widget->setPalette(palette);
-}
-
-QColor secondary(const QWidget* widget)
-{
-    QColor c = widget->palette().color(QPalette::WindowText);
-    c.setAlphaF(0.62f);
-    return c;
-}
-
-// A headline with a small symbol before its text.
-QLabel* iconLabel(const QString& icon, const QString& content, QWidget* parent)
-{
-    auto* label = new QLabel(parent);
-    const int size = label->fontMetrics().height();
-    label->setText(QStringLiteral("<img src=\"%1\" width=%2 height=%2 style=\"vertical-align:middle\">&nbsp;%3")
-                       .arg(icon)
-                       .arg(size)
-                       .arg(content.toHtmlEscaped()));
-    QFont font = label->font();
-    font.setBold(true);
-    label->setFont(font);
+    StyledLabel* label = StyledLabel::withIcon(icon, content, Font::body, tone, parent);
+    label->setWeight(QFont::Bold);
     label->setAlignment(Qt::AlignCenter);
     return label;
 }
@@ -67,16 +45,15 @@ OnboardingView::OnboardingView(AccessibilityService& accessibilityService, std::
     symbol->setPixmap(QIcon(QStringLiteral(":/icons/kestrio.svg")).pixmap(48, 48));
     symbol->setAlignment(Qt::AlignCenter);
     column->addWidget(symbol);
-    column->addWidget(text(QStringLiteral("Welcome to Kestrio"), this, 1.6, true));
-    auto* intro = text(QStringLiteral("Search and execute any menu item in the active app instantly.\n"
-                                      "Just double-tap ⌘ Command to get started."),
-                       this);
-    setColor(intro, secondary(this));
-    column->addWidget(intro);
+    StyledLabel* welcome = text(QStringLiteral("Welcome to Kestrio"), Font::title, Tone::primary, this);
+    welcome->setWeight(QFont::Bold);
+    column->addWidget(welcome);
+    column->addWidget(text(QStringLiteral("Search and execute any menu item in the active app instantly.\n"
+                                          "Just double-tap ⌘ Command to get started."),
+                           Font::body, Tone::secondary, this));
     auto* line = new QFrame(this);
     line->setFrameShape(QFrame::HLine);
-    line->setFrameShadow(QFrame::Plain);
-    setColor(line, secondary(this));
+    line->setFrameShadow(QFrame::Sunken);
     column->addWidget(line);
 
     permission_ = new QStackedWidget(this);
@@ -84,18 +61,16 @@ OnboardingView::OnboardingView(AccessibilityService& accessibilityService, std::
     auto* missingColumn = new QVBoxLayout(missing);
     missingColumn->setContentsMargins(0, 0, 0, 0);
     missingColumn->setSpacing(12);
-    required_ = iconLabel(QStringLiteral(":/icons/lock.svg"), QStringLiteral("Accessibility permission required"), missing);
+    required_ = iconLabel(QStringLiteral(":/icons/lock.svg"), QStringLiteral("Accessibility permission required"),
+                          Tone::primary, missing);
     missingColumn->addWidget(required_);
-    auto* explain = text(QStringLiteral("Kestrio needs Accessibility access to read menu items from other apps."),
-                         missing, 0.85);
-    setColor(explain, secondary(this));
-    missingColumn->addWidget(explain);
+    missingColumn->addWidget(text(QStringLiteral("Kestrio needs Accessibility access to read menu items from other apps."),
+                                  Font::caption, Tone::secondary, missing));
     openSettings_ = new QPushButton(QStringLiteral("Open System Settings"), missing);
     openSettings_->setDefault(true);
     missingColumn->addWidget(openSettings_, 0, Qt::AlignHCenter);
     granted_ = iconLabel(QStringLiteral(":/icons/check.svg"), QStringLiteral("Accessibility permission granted!"),
-                         permission_);
-    setColor(granted_, QColor(0x1E, 0x9E, 0x4A));
+                         Tone::green, permission_);
     permission_->addWidget(missing);
     permission_->addWidget(granted_);
     column->addWidget(permission_);

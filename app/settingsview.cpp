@@ -407,8 +407,8 @@ void SettingsView::styleThemeSegments()
 void SettingsView::changeEvent(QEvent* event)
 {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::ApplicationPaletteChange)
-        QMetaObject::invokeMethod(this, &SettingsView::styleThemeSegments, Qt::QueuedConnection);
+    if (event->type() == QEvent::PaletteChange)
+        styleThemeSegments();
 }
 
 void SettingsView::renderUpdateStatus()

@@ -91,7 +91,7 @@ void StyledLabel::changeEvent(QEvent* event)
 {
     QLabel::changeEvent(event);
     if (!applying_ && (event->type() == QEvent::PaletteChange || event->type() == QEvent::ApplicationPaletteChange))
-        QMetaObject::invokeMethod(this, &StyledLabel::applyTone, Qt::QueuedConnection); // after the theme has settled
+        applyTone(); // the application's palette is already the new theme's
 }
 
 void StyledLabel::applyTone()

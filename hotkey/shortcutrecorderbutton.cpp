@@ -35,30 +35,40 @@ void ShortcutRecorderButton::refresh()
 {
     const bool recording = isRecording_.get();
     const std::optional<CustomShortcut> shortcut = shortcut_.get();
-    QColor color = QApplication::palette(this).color(QPalette::ButtonText);
-    if (recording) {
+    if (recording)
         setText(QStringLiteral("Press shortcut…"));
-        color = QColor(0xE0, 0x7B, 0x00);
-    } else if (!shortcut) {
+    else if (!shortcut)
         setText(QStringLiteral("Click to record"));
-        color.setAlphaF(0.62f);
-    } else {
+    else
         setText(shortcutText(*shortcut, layout_));
-    }
-    QPalette own = palette();
-    if (own.color(QPalette::ButtonText) != color) {
-        own.setColor(QPalette::ButtonText, color);
-        setPalette(own);
-    }
+    styleLabel();
     capture_->setRecordingEnabled(recording);
     // Key presses come to this window while armed.
     if (recording)
         setFocus(Qt::OtherFocusReason);
 }
 
+void ShortcutRecorderButton::styleLabel()
+{
+    // Orange while armed, dimmed without a shortcut; from the theme's colour,
+    // so it is recomputed whenever the palette changes.
+    QColor color = QApplication::palette(this).color(QPalette::ButtonText);
+    if (isRecording_.get())
+        color = QColor(0xE0, 0x7B, 0x00);
+    else if (!shortcut_.get())
+        color.setAlphaF(0.62f);
+    QPalette own = palette();
+    if (own.color(QPalette::ButtonText) == color)
+        return;
+    own.setColor(QPalette::ButtonText, color);
+    styling_ = true;
+    setPalette(own);
+    styling_ = false;
+}
+
 void ShortcutRecorderButton::changeEvent(QEvent* event)
 {
     QPushButton::changeEvent(event);
-    if (event->type() == QEvent::ApplicationPaletteChange)
-        QMetaObject::invokeMethod(this, &ShortcutRecorderButton::refresh, Qt::QueuedConnection);
+    if (event->type() == QEvent::PaletteChange && !styling_)
+        styleLabel();
 }

@@ -40,9 +40,11 @@ protected:
 
 private:
     void shortcutRecorded(quint16 keyCode, quint64 modifiers);
+    void styleLabel();
 
     Binding<std::optional<CustomShortcut>> shortcut_;
     Binding<bool> isRecording_;
     const KeyboardLayout& layout_;
     ShortcutKeyCapture* capture_;
+    bool styling_ = false;
 };

@@ -267,9 +267,15 @@ TEST_F(Settings, ThemeIsStoredAndApplied)
 {
     const QPalette original = QApplication::palette();
     open();
+    StyledLabel* note = nullptr;
+    for (StyledLabel* label : view->findChildren<StyledLabel*>())
+        note = label->plainText().startsWith("Off by default.") ? label : note;
+    ASSERT_TRUE(note);
     QTest::mouseClick(control("Dark"), Qt::LeftButton);
     EXPECT_EQ(store.appearance(), "dark");
     EXPECT_LT(QApplication::palette().color(QPalette::Window).lightness(), 100);
+    QCoreApplication::processEvents();
+    EXPECT_GT(note->palette().color(QPalette::WindowText).lightness(), 150); // dimmed text turned light too
     QTest::mouseClick(control("Light"), Qt::LeftButton);
     EXPECT_EQ(store.appearance(), "light");
     EXPECT_GT(QApplication::palette().color(QPalette::Window).lightness(), 200);
