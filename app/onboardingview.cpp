@@ -38,8 +38,9 @@ OnboardingView::OnboardingView(AccessibilityService& accessibilityService, std::
     : QWidget(parent), accessibilityService_(accessibilityService), onComplete_(std::move(onComplete))
 {
     auto* column = new QVBoxLayout(this);
-    column->setContentsMargins(32, 32, 32, 32);
-    column->setSpacing(24);
+    // Both permission states fit the 480 × 360 window.
+    column->setContentsMargins(32, 20, 32, 20);
+    column->setSpacing(14);
 
     auto* symbol = new QLabel(this);
     symbol->setPixmap(QIcon(QStringLiteral(":/icons/kestrio.svg")).pixmap(48, 48));
@@ -60,7 +61,7 @@ OnboardingView::OnboardingView(AccessibilityService& accessibilityService, std::
     auto* missing = new QWidget(permission_);
     auto* missingColumn = new QVBoxLayout(missing);
     missingColumn->setContentsMargins(0, 0, 0, 0);
-    missingColumn->setSpacing(12);
+    missingColumn->setSpacing(8);
     required_ = iconLabel(QStringLiteral(":/icons/lock.svg"), QStringLiteral("Accessibility permission required"),
                           Tone::primary, missing);
     missingColumn->addWidget(required_);

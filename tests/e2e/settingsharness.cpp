@@ -4,10 +4,11 @@
 // state is shown, {"shortcut": …} for each recorded shortcut.
 //   kestrio-settings-harness SCENE
 // Scenes: general, hotkey, appearance, updates-available, updates-downloading,
-// data, dark, about.
+// data, dark, about, onboarding (as before the permission is granted).
 #include "app/aboutview.h"
 #include "app/appearancetheme.h"
 #include "app/notificationhub.h"
+#include "app/onboardingview.h"
 #include "app/settingsstore.h"
 #include "app/settingsview.h"
 #include "hotkey/hotkeyservice.h"
@@ -15,6 +16,7 @@
 #include "menu/accessibilityservice.h"
 #include "platform/accessibility.h"
 #include "platform/clock.h"
+#include "platform/fake/fakeaccessibility.h"
 #include "platform/hotkeyplatform.h"
 #include "platform/keyboardlayout.h"
 #include "platform/loginitem.h"
@@ -98,6 +100,15 @@ int main(int argc, char** argv)
     if (scene == QLatin1String("about")) {
         const QUrl site(QStringLiteral("https://kestrio.brambleworks.invalid/"));
         window(QStringLiteral("About Kestrio"), QSize(340, 420), new AboutView(site, site.resolved(QUrl("apps/kestrio/"))));
+        QTimer::singleShot(500, &app, [] { report({{"ready", true}}); });
+        return app.exec();
+    }
+
+    if (scene == QLatin1String("onboarding")) {
+        static FakeAccessibility untrusted; // as before the user grants the permission
+        untrusted.trusted = false;
+        static AccessibilityService service(untrusted);
+        window(QStringLiteral("Welcome to Kestrio"), QSize(480, 360), new OnboardingView(service, [] {}));
         QTimer::singleShot(500, &app, [] { report({{"ready", true}}); });
         return app.exec();
     }

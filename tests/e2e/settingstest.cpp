@@ -22,12 +22,14 @@ QString settingsFile()
 TEST(SettingsWindow, EachStateOnScreen)
 {
     const char* scenes[] = {"general", "hotkey", "appearance", "updates-available", "updates-downloading", "data",
-                            "dark", "about"};
+                            "dark", "about", "onboarding"};
     for (const char* scene : scenes) {
         SCOPED_TRACE(scene);
         SettingsHarness harness(scene);
         ASSERT_TRUE(harness.ready());
-        const QString title = QString(scene) == "about" ? "About Kestrio" : "Kestrio Settings";
+        const QString title = QString(scene) == "about" ? "About Kestrio"
+            : QString(scene) == "onboarding"          ? "Welcome to Kestrio"
+                                                      : "Kestrio Settings";
         EXPECT_TRUE(eventually([&] { return windowsNamed(title) == 1; }));
         screenshot(QStringLiteral("settings-%1").arg(scene));
     }
