@@ -72,3 +72,14 @@ void ShortcutRecorderButton::changeEvent(QEvent* event)
     if (event->type() == QEvent::PaletteChange && !styling_)
         styleLabel();
 }
+
+void ShortcutRecorderButton::hideEvent(QHideEvent* event)
+{
+    QPushButton::hideEvent(event);
+    // A closed window or a hidden row stops recording: the capture must not
+    // keep every other window of the program from its keys.
+    if (isRecording_.get()) {
+        isRecording_.set(false);
+        refresh();
+    }
+}

@@ -160,6 +160,21 @@ TEST_F(Recorder, NoShortcutOfTheApplicationFiresWhileArmed)
     EXPECT_EQ(fired, 1); // not armed any more
 }
 
+TEST_F(Recorder, ClosingTheWindowStopsRecording)
+{
+    arm();
+    window.close();
+    EXPECT_FALSE(recording);
+    EXPECT_FALSE(button->capture().isRecordingEnabled());
+    QLineEdit other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    other.setFocus();
+    press(Qt::Key_A, Qt::NoModifier, scanA, "a");
+    EXPECT_EQ(other.text(), "a"); // other windows have their keys again
+}
+
 TEST(ShortcutKeyCapture, ModifierFlagsOfQtModifiers)
 {
     EXPECT_EQ(ShortcutKeyCapture::modifierFlags(Qt::NoModifier), 0u);
