@@ -143,7 +143,7 @@ QUrl SettingsView::privacyPolicyURL()
     return QUrl(QStringLiteral("https://%1/apps/kestrio/privacy/").arg(QStringLiteral(KESTRIO_WEBSITE_HOST)));
 }
 
-QWidget* SettingsView::buildGeneral(FormSection* section)
+void SettingsView::buildGeneral(FormSection* section)
 {
     launchAtLogin_ = new QCheckBox(QStringLiteral("Launch at login"), section);
     connect(launchAtLogin_, &QCheckBox::clicked, this, &SettingsView::setLaunchAtLogin);
@@ -172,7 +172,6 @@ QWidget* SettingsView::buildGeneral(FormSection* section)
     });
     layout->addWidget(quit, 0, Qt::AlignLeft);
     section->addRow(hiddenIconNote_);
-    return hiddenIconNote_;
 }
 
 void SettingsView::buildHotkey(FormSection* section)

@@ -94,7 +94,7 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
-    QWidget* buildGeneral(FormSection* section);
+    void buildGeneral(FormSection* section);
     void buildHotkey(FormSection* section);
     void buildAppearance(FormSection* section);
     void buildPrivacy(FormSection* section);
