@@ -525,6 +525,11 @@ void SettingsView::confirmReset()
     resetConfirmation_ = new QMessageBox(this);
     resetConfirmation_->setWindowTitle(QStringLiteral("Reset all usage history?"));
     resetConfirmation_->setText(QStringLiteral("Reset all usage history?"));
+    resetConfirmation_->setInformativeText(
+        QStringLiteral("Commands you ran often will no longer rise to the top of the results."));
+    // Wide enough for the title and the explanation on one line each.
+    if (auto* explanation = resetConfirmation_->findChild<QLabel*>(QStringLiteral("qt_msgbox_informativelabel")))
+        explanation->setMinimumWidth(320);
     resetConfirmation_->setIcon(QMessageBox::Warning);
     QPushButton* reset = resetConfirmation_->addButton(QStringLiteral("Reset"), QMessageBox::DestructiveRole);
     QPalette red = reset->palette();
