@@ -13,17 +13,6 @@ namespace {
 using Font = StyledLabel::Font;
 using Tone = StyledLabel::Tone;
 
-StyledLabel* centred(StyledLabel* label)
-{
-    label->setAlignment(Qt::AlignCenter);
-    return label;
-}
-
-StyledLabel* text(const QString& content, Font font, Tone tone, QWidget* parent)
-{
-    return centred(new StyledLabel(content, font, tone, parent));
-}
-
 } // namespace
 
 QString AboutView::nameText(const QString& name)
@@ -52,14 +41,16 @@ AboutView::AboutView(QUrl bwkURL, QUrl productURL, QWidget* parent)
 
     auto* identity = new QVBoxLayout;
     identity->setSpacing(4);
-    auto* name = text(nameText(QCoreApplication::applicationName()), Font::title, Tone::primary, this);
+    StyledLabel* name =
+        StyledLabel::centred(nameText(QCoreApplication::applicationName()), Font::title, Tone::primary, this);
     name->setWeight(QFont::DemiBold);
     name_ = name;
-    version_ = text(versionText(appVersion(), appBuild()), Font::callout, Tone::secondary, this);
+    version_ = StyledLabel::centred(versionText(appVersion(), appBuild()), Font::callout, Tone::secondary, this);
     identity->addWidget(name_);
     identity->addWidget(version_);
     column->addLayout(identity);
-    column->addWidget(text(QStringLiteral("Find any menu item instantly."), Font::subheadline, Tone::secondary, this));
+    column->addWidget(
+        StyledLabel::centred(QStringLiteral("Find any menu item instantly."), Font::subheadline, Tone::secondary, this));
 
     auto* line = new QFrame(this);
     line->setFrameShape(QFrame::HLine);
@@ -71,8 +62,10 @@ AboutView::AboutView(QUrl bwkURL, QUrl productURL, QWidget* parent)
 
     auto* maker = new QVBoxLayout;
     maker->setSpacing(6);
-    maker->addWidget(text(QStringLiteral("Brought to you by"), Font::caption, Tone::secondary, this));
-    maker->addWidget(centred(StyledLabel::link(QStringLiteral("Brambleworks"), this->bwkURL, Font::headline, this)));
+    maker->addWidget(StyledLabel::centred(QStringLiteral("Brought to you by"), Font::caption, Tone::secondary, this));
+    StyledLabel* brambleworks = StyledLabel::link(QStringLiteral("Brambleworks"), this->bwkURL, Font::headline, this);
+    brambleworks->setAlignment(Qt::AlignCenter);
+    maker->addWidget(brambleworks);
     column->addLayout(maker);
 
     auto* links = new QHBoxLayout;
@@ -84,7 +77,8 @@ AboutView::AboutView(QUrl bwkURL, QUrl productURL, QWidget* parent)
     column->addLayout(links);
 
     column->addSpacing(4);
-    column->addWidget(text(QStringLiteral("© 2026 Brambleworks\nAll rights reserved."), Font::caption2, Tone::tertiary, this));
+    column->addWidget(StyledLabel::centred(QStringLiteral("© 2026 Brambleworks\nAll rights reserved."), Font::caption2,
+                                           Tone::tertiary, this));
 }
 
 QString AboutView::shownName() const

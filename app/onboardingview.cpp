@@ -15,13 +15,6 @@ namespace {
 using Font = StyledLabel::Font;
 using Tone = StyledLabel::Tone;
 
-StyledLabel* text(const QString& content, Font font, Tone tone, QWidget* parent)
-{
-    auto* label = new StyledLabel(content, font, tone, parent);
-    label->setAlignment(Qt::AlignCenter);
-    return label;
-}
-
 // A bold line with a small symbol before its text.
 StyledLabel* iconLabel(const QString& icon, const QString& content, Tone tone, QWidget* parent)
 {
@@ -46,12 +39,13 @@ OnboardingView::OnboardingView(AccessibilityService& accessibilityService, std::
     symbol->setPixmap(QIcon(QStringLiteral(":/icons/kestrio.svg")).pixmap(48, 48));
     symbol->setAlignment(Qt::AlignCenter);
     column->addWidget(symbol);
-    StyledLabel* welcome = text(QStringLiteral("Welcome to Kestrio"), Font::title, Tone::primary, this);
+    StyledLabel* welcome =
+        StyledLabel::centred(QStringLiteral("Welcome to Kestrio"), Font::title, Tone::primary, this);
     welcome->setWeight(QFont::Bold);
     column->addWidget(welcome);
-    column->addWidget(text(QStringLiteral("Search and execute any menu item in the active app instantly.\n"
-                                          "Just double-tap ⌘ Command to get started."),
-                           Font::body, Tone::secondary, this));
+    column->addWidget(StyledLabel::centred(QStringLiteral("Search and execute any menu item in the active app instantly.\n"
+                                                          "Just double-tap ⌘ Command to get started."),
+                                           Font::body, Tone::secondary, this));
     auto* line = new QFrame(this);
     line->setFrameShape(QFrame::HLine);
     line->setFrameShadow(QFrame::Sunken);
@@ -65,8 +59,9 @@ OnboardingView::OnboardingView(AccessibilityService& accessibilityService, std::
     required_ = iconLabel(QStringLiteral(":/icons/lock.svg"), QStringLiteral("Accessibility permission required"),
                           Tone::primary, missing);
     missingColumn->addWidget(required_);
-    missingColumn->addWidget(text(QStringLiteral("Kestrio needs Accessibility access to read menu items from other apps."),
-                                  Font::caption, Tone::secondary, missing));
+    missingColumn->addWidget(StyledLabel::centred(
+        QStringLiteral("Kestrio needs Accessibility access to read menu items from other apps."), Font::caption,
+        Tone::secondary, missing));
     openSettings_ = new QPushButton(QStringLiteral("Open System Settings"), missing);
     openSettings_->setDefault(true);
     missingColumn->addWidget(openSettings_, 0, Qt::AlignHCenter);

@@ -79,6 +79,14 @@ QWidget* warningBlock(const QString& icon, const QString& heading, const QString
     return block;
 }
 
+// A destructive action's button, in red text.
+void markDestructive(QPushButton* button)
+{
+    QPalette red;
+    red.setColor(QPalette::ButtonText, StyledLabel::toneColor(Tone::red, {}));
+    button->setPalette(red);
+}
+
 QWidget* labelled(const QString& label, QWidget* control, QWidget* parent)
 {
     auto* line = new QWidget(parent);
@@ -341,9 +349,7 @@ void SettingsView::buildUpdates(FormSection* section)
 void SettingsView::buildData(FormSection* section)
 {
     auto* reset = new QPushButton(QStringLiteral("Reset Usage History"), section);
-    QPalette red = reset->palette();
-    red.setColor(QPalette::ButtonText, QColor(0xD9, 0x30, 0x25)); // destructive
-    reset->setPalette(red);
+    markDestructive(reset);
     connect(reset, &QPushButton::clicked, this, &SettingsView::confirmReset);
     auto* line = new QWidget(section);
     row(line)->addWidget(reset, 0, Qt::AlignLeft);
@@ -532,9 +538,7 @@ void SettingsView::confirmReset()
         explanation->setMinimumWidth(320);
     resetConfirmation_->setIcon(QMessageBox::Warning);
     QPushButton* reset = resetConfirmation_->addButton(QStringLiteral("Reset"), QMessageBox::DestructiveRole);
-    QPalette red = reset->palette();
-    red.setColor(QPalette::ButtonText, QColor(0xD9, 0x30, 0x25));
-    reset->setPalette(red);
+    markDestructive(reset);
     resetConfirmation_->setDefaultButton(resetConfirmation_->addButton(QStringLiteral("Cancel"), QMessageBox::RejectRole));
     resetConfirmation_->setAttribute(Qt::WA_DeleteOnClose);
     // Any way out (a button, Escape, the close box) ends the confirmation.

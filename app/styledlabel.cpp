@@ -33,6 +33,13 @@ StyledLabel::StyledLabel(const QString& text, Font font, Tone tone, QWidget* par
     applyTone();
 }
 
+StyledLabel* StyledLabel::centred(const QString& text, Font font, Tone tone, QWidget* parent)
+{
+    auto* label = new StyledLabel(text, font, tone, parent);
+    label->setAlignment(Qt::AlignCenter);
+    return label;
+}
+
 StyledLabel* StyledLabel::link(const QString& title, const QUrl& url, Font font, QWidget* parent)
 {
     auto* label = new StyledLabel(QString(), font, Tone::primary, parent);
@@ -94,19 +101,24 @@ void StyledLabel::changeEvent(QEvent* event)
         applyTone(); // the application's palette is already the new theme's
 }
 
+QColor StyledLabel::toneColor(Tone tone, QColor text)
+{
+    switch (tone) {
+    case Tone::primary: break;
+    case Tone::secondary: text.setAlphaF(0.62f); break;
+    case Tone::tertiary: text.setAlphaF(0.42f); break;
+    case Tone::orange: return QColor(0xE0, 0x7B, 0x00);
+    case Tone::green: return QColor(0x1E, 0x9E, 0x4A);
+    case Tone::blue: return QColor(0x1C, 0x6F, 0xD9);
+    case Tone::red: return QColor(0xD9, 0x30, 0x25);
+    }
+    return text;
+}
+
 void StyledLabel::applyTone()
 {
     // The application's palette is the theme's; ours only overrides the text colour.
-    QColor color = QApplication::palette(this).color(QPalette::WindowText);
-    switch (tone_) {
-    case Tone::primary: break;
-    case Tone::secondary: color.setAlphaF(0.62f); break;
-    case Tone::tertiary: color.setAlphaF(0.42f); break;
-    case Tone::orange: color = QColor(0xE0, 0x7B, 0x00); break;
-    case Tone::green: color = QColor(0x1E, 0x9E, 0x4A); break;
-    case Tone::blue: color = QColor(0x1C, 0x6F, 0xD9); break;
-    case Tone::red: color = QColor(0xD9, 0x30, 0x25); break;
-    }
+    const QColor color = toneColor(tone_, QApplication::palette(this).color(QPalette::WindowText));
     QPalette own = palette();
     if (own.color(QPalette::WindowText) == color)
         return;

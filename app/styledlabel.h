@@ -16,6 +16,8 @@ public:
 
     StyledLabel(const QString& text, Font font = Font::body, Tone tone = Tone::primary, QWidget* parent = nullptr);
 
+    // Centred text, as the about and welcome windows lay it out.
+    static StyledLabel* centred(const QString& text, Font font, Tone tone, QWidget* parent = nullptr);
     // A link that opens `url` in the default browser.
     static StyledLabel* link(const QString& title, const QUrl& url, Font font, QWidget* parent = nullptr);
     // A label with a small symbol from the resources before its text.
@@ -25,6 +27,9 @@ public:
     // New text, with a symbol before it when `iconPath` is given.
     void setContent(const QString& text, const QString& iconPath = {});
     void setTone(Tone tone);
+    // A tone's colour over a theme whose plain text is `text`; also for the
+    // text of other controls (buttons) that take a tone.
+    static QColor toneColor(Tone tone, QColor text);
     void setWeight(QFont::Weight weight);
     // The text without the markup of a link or symbol.
     QString plainText() const;

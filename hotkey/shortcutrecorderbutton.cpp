@@ -1,5 +1,6 @@
 #include "hotkey/shortcutrecorderbutton.h"
 
+#include "app/styledlabel.h"
 #include "hotkey/shortcutkeycapture.h"
 
 #include <QApplication>
@@ -52,11 +53,9 @@ void ShortcutRecorderButton::styleLabel()
 {
     // Orange while armed, dimmed without a shortcut; from the theme's colour,
     // so it is recomputed whenever the palette changes.
-    QColor color = QApplication::palette(this).color(QPalette::ButtonText);
-    if (isRecording_.get())
-        color = QColor(0xE0, 0x7B, 0x00);
-    else if (!shortcut_.get())
-        color.setAlphaF(0.62f);
+    using Tone = StyledLabel::Tone;
+    const Tone tone = isRecording_.get() ? Tone::orange : !shortcut_.get() ? Tone::secondary : Tone::primary;
+    const QColor color = StyledLabel::toneColor(tone, QApplication::palette(this).color(QPalette::ButtonText));
     QPalette own = palette();
     if (own.color(QPalette::ButtonText) == color)
         return;
