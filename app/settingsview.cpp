@@ -187,8 +187,7 @@ void SettingsView::buildHotkey(FormSection* section)
     auto* switchToDoubleTap = new QPushButton(QStringLiteral("Switch to Double-tap ⌘ Command"));
     connect(switchToDoubleTap, &QPushButton::clicked, this, [this] {
         services_.settings.setString(SettingsKey::hotkeyMode, rawValue(HotkeyMode::doubleTapCommand));
-        services_.notifications.postHotkeyModeChanged();
-        render();
+        services_.notifications.postHotkeyModeChanged(); // this view re-renders on it too
     });
     secureInputBlock_ = warningBlock(
         QStringLiteral(":/icons/lock.svg"), QStringLiteral("Shortcut blocked by Secure Input"),
@@ -219,7 +218,6 @@ void SettingsView::buildHotkey(FormSection* section)
             return;
         services_.settings.setString(SettingsKey::hotkeyMode, chosen);
         services_.notifications.postHotkeyModeChanged();
-        render();
     });
     section->addRow(labelled(QStringLiteral("Activation method"), activationMethod_, section));
 
@@ -370,25 +368,20 @@ void SettingsView::render()
     hiddenIconNote_->setVisible(hideIcon);
 
     const HotkeyService& hotkey = services_.hotkey;
-    const bool custom = hotkeyModeRaw() == rawValue(HotkeyMode::customShortcut);
+    const QString mode = hotkeyModeRaw();
+    const bool custom = mode == rawValue(HotkeyMode::customShortcut);
     secureInputBlock_->setVisible(hotkey.isActive() && hotkey.isSecureInputActive() && custom);
     inactiveBlock_->setVisible(!hotkey.isActive());
-    activationMethod_->setCurrentIndex(activationMethod_->findData(hotkeyModeRaw()));
+    activationMethod_->setCurrentIndex(activationMethod_->findData(mode));
     shortcutRow_->setVisible(custom);
     recorder_->refresh();
 
+    // Not exclusive while set, so that an unknown stored theme selects no segment.
     const QString appearance = settings.appearance();
-    for (QAbstractButton* segment : theme_->buttons()) {
-        if (segment->property("stored").toString() == appearance)
-            segment->setChecked(true);
-    }
-    if (!theme_->checkedButton() || theme_->checkedButton()->property("stored").toString() != appearance) {
-        // An unknown stored theme selects no segment.
-        theme_->setExclusive(false);
-        for (QAbstractButton* segment : theme_->buttons())
-            segment->setChecked(false);
-        theme_->setExclusive(true);
-    }
+    theme_->setExclusive(false);
+    for (QAbstractButton* segment : theme_->buttons())
+        segment->setChecked(segment->property("stored").toString() == appearance);
+    theme_->setExclusive(true);
     styleThemeSegments();
     analytics_->setChecked(settings.analyticsEnabled());
     autoUpdateCheck_->setChecked(settings.autoUpdateCheck());

@@ -107,19 +107,19 @@ bool ShortcutKeyCapture::eventFilter(QObject* watched, QEvent* event)
     }
 }
 
-bool ShortcutKeyCapture::handleKeyPress(const QKeyEvent& event)
+void ShortcutKeyCapture::handleKeyPress(const QKeyEvent& event)
 {
+    // Every press is swallowed; only one with a modifier and a known key records.
     if (isModifierKey(event.key()))
-        return false;
+        return;
     const quint64 modifiers = modifierFlags(event.modifiers());
     if (modifiers == 0)
-        return false; // swallowed; still armed
+        return;
     const std::optional<quint16> keyCode = layout_.keyCodeForScanCode(event.nativeScanCode());
     if (!keyCode)
-        return false;
+        return;
     enabled_ = false;
     pendingRelease_ = event.nativeScanCode();
     if (onShortcutRecorded)
         onShortcutRecorded(*keyCode, modifiers);
-    return true;
 }

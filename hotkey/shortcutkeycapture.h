@@ -35,7 +35,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    bool handleKeyPress(const QKeyEvent& event);
+    void handleKeyPress(const QKeyEvent& event);
     void updateFilter();
 
     const KeyboardLayout& layout_;
