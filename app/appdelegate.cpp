@@ -303,7 +303,7 @@ void AppDelegate::openUpdateDownload()
     services_.analytics.track(QStringLiteral("update_install_started"),
                               {{"current_version", appVersion()}, {"latest_version", pendingUpdate_->latestVersion}});
     if (services_.startUpdate)
-        services_.startUpdate(pendingUpdate_->downloadURL);
+        services_.startUpdate(pendingUpdate_->downloadURL, pendingUpdate_->latestVersion);
 }
 
 QWidget* AppDelegate::makeWindow(const QString& title, QSize size, QWidget* content)

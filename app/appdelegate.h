@@ -44,7 +44,7 @@ public:
         NotificationHub& notifications;
         std::function<void()> terminate;                   // ends the program
         std::function<void()> checkForUpdatesAutomatically; // the daily check, when there is one
-        std::function<void(const QUrl&)> startUpdate;      // the self-updater, when there is one
+        std::function<void(const QUrl&, const QString&)> startUpdate; // the self-updater (address, version), when there is one
         std::optional<QString> ownBundleIdentifier;
         std::function<QWidget*()> settingsView;             // a new settings form, when there is one
     };

@@ -4,6 +4,7 @@
 #include "menu/pressmenuitem.h"
 #include "platform/linux/atspiaccessibility.h"
 #include "search/usagetracker.h"
+#include "update/installmarker.h"
 
 #include <QCoreApplication>
 #include <QJsonArray>
@@ -32,7 +33,9 @@ int usage()
 {
     err(QStringLiteral("usage: kestrioctl apps\n"
                        "       kestrioctl menus [--pid N | --name NAME | --active] [--json]\n"
-                       "       kestrioctl press (--pid N | --name NAME | --active) \"Menu → Item\"\n"));
+                       "       kestrioctl press (--pid N | --name NAME | --active) \"Menu → Item\"\n"
+                       "       kestrioctl mark-install FOLDER VERSION   (release tooling: makes FOLDER a\n"
+                       "                                                self-updatable installation)\n"));
     return kUsage;
 }
 
@@ -137,6 +140,24 @@ int press(AtspiAccessibility& ax, const QStringList& args)
     return kNotFound;
 }
 
+// Writes the install marker that lets the self-updater replace FOLDER, listing
+// every file FOLDER holds now.
+int markInstall(const QStringList& args)
+{
+    if (args.size() != 2)
+        return usage();
+    const auto marker = InstallMarker::describe(args[0], args[1]);
+    if (const auto* error = std::get_if<QString>(&marker)) {
+        err(*error + u'\n');
+        return kFailed;
+    }
+    if (const auto error = std::get<InstallMarker>(marker).write(args[0])) {
+        err(*error + u'\n');
+        return kFailed;
+    }
+    return 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -146,6 +167,8 @@ int main(int argc, char** argv)
     if (args.isEmpty())
         return usage();
     const QString command = args.takeFirst();
+    if (command == QLatin1String("mark-install"))
+        return markInstall(args);
     AtspiAccessibility ax;
     if (command == QLatin1String("apps"))
         return apps(ax);

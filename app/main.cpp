@@ -34,7 +34,7 @@ int main(int argc, char** argv)
         NotificationHub::shared(),
         [] { QCoreApplication::quit(); },
         [] { UpdateCheckService::shared().checkAutomaticallyIfNeeded(); },
-        [](const QUrl& url) { SelfUpdater::shared().startUpdate(url); },
+        [](const QUrl& url, const QString& version) { SelfUpdater::shared().startUpdate(url, version); },
         QStringLiteral("kestrio"),
         [&self]() -> QWidget* {
             return new SettingsView(SettingsView::Services{

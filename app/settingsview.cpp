@@ -333,7 +333,7 @@ void SettingsView::buildUpdates(FormSection* section)
     install->setDefault(true);
     connect(install, &QPushButton::clicked, this, [this] {
         if (updateCheckState_.kind == UpdateCheckState::Kind::available)
-            services_.selfUpdater.startUpdate(updateCheckState_.url);
+            services_.selfUpdater.startUpdate(updateCheckState_.url, updateCheckState_.version);
     });
     installFailure_ = new StyledLabel(QString(), Font::caption, Tone::red, ready);
     readyColumn->addWidget(install, 0, Qt::AlignLeft);

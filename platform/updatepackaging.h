@@ -5,22 +5,23 @@
 
 #include <optional>
 
-// How a release's package is opened and how the installed program is replaced
-// and started again, on this platform.
+// How this platform's release packages are unpacked and what an installation
+// looks like.
 class UpdatePackaging {
 public:
     virtual ~UpdatePackaging();
 
-    // The tool that "mounts" the image at the mount point: program and arguments.
-    virtual QString mountProgram() const = 0;
-    virtual QStringList mountArguments(const QString& image, const QString& mountPoint) const = 0;
-    // Undoes the mount from here.
-    virtual void detach(const QString& mountPoint) const = 0;
-    // The updater script's line that undoes the mount, with the mount point quoted.
-    virtual QString detachLine(const QString& quotedMountPoint) const = 0;
-    // The updater script's line that starts the new installation, quoted.
-    virtual QString relaunchLine(const QString& quotedInstalled) const = 0;
-    // Where this program is installed (the bundle the update replaces), if it is.
+    // The name a downloaded release is saved under.
+    virtual QString archiveName() const = 0;
+    // The tool that lists and unpacks a release, and its arguments.
+    virtual QString unpackProgram() const = 0;
+    virtual QStringList listArguments(const QString& archive) const = 0;
+    virtual QStringList unpackArguments(const QString& archive, const QString& folder) const = 0;
+    // The program inside an installation, relative to the installation's folder.
+    virtual QString programInBundle() const = 0;
+    // The folder the running program was started from, if it looks like an
+    // installation at all; whether it is one the updater may replace is the
+    // install marker's to say.
     virtual std::optional<QString> installedBundle() const = 0;
 
     static UpdatePackaging& current();

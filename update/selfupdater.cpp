@@ -1,26 +1,107 @@
 #include "update/selfupdater.h"
 
+#include "app/platformwords.h"
+#include "buildconfig.h"
 #include "platform/updatepackaging.h"
+#include "update/installmarker.h"
+#include "update/networkfailure.h"
+#include "update/updatearchive.h"
+#include "update/updatesignature.h"
 
 #include <QCoreApplication>
+#include <QDesktopServices>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QProcess>
-#include <QSaveFile>
 #include <QStandardPaths>
 #include <QStringDecoder>
+#include <QTemporaryDir>
 #include <QThreadPool>
-#include <QUuid>
+
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+const QString kVerifyFailed = QStringLiteral("Failed to verify the update: ");
+const QString kDownloadFailed = QStringLiteral("Failed to download the update: ");
+const QString kSaveFailed = QStringLiteral("Failed to save download: ");
+
+QString packageManagedMessage()
+{
+    return QStringLiteral("This copy of Kestrio is updated by its package manager, not by Kestrio itself. "
+                          "The release page opens in your browser.");
+}
+
+// A fresh folder only this user can enter, made beside `path`.
+std::optional<QString> makePrivateFolderBeside(const QString& path, QString& error)
+{
+    QByteArray pattern = QFile::encodeName(QFileInfo(path).absolutePath() + QStringLiteral("/.kestrio-update-XXXXXX"));
+    if (!::mkdtemp(pattern.data())) {
+        error = QString::fromLocal8Bit(std::strerror(errno));
+        return std::nullopt;
+    }
+    return QFile::decodeName(pattern);
+}
+
+// Why the transfer that just ended did not deliver, if it did not.
+std::optional<QString> transferFailure(const std::optional<QString>& stopReason, QNetworkReply& reply)
+{
+    if (stopReason)
+        return stopReason;
+    if (isTransportFailure(reply.error()))
+        return reply.errorString();
+    return std::nullopt;
+}
+
+} // namespace
+
+// One download and installation, from the press of the button to its end.
+struct SelfUpdater::Attempt {
+    quint64 generation = 0;
+    QUrl url;
+    QString version;
+    std::unique_ptr<QTemporaryDir> workspace;
+    QPointer<QNetworkReply> reply;
+    QByteArray signature;
+    QFile archive;
+    qint64 received = 0;
+    std::optional<QString> stopReason; // set when the updater itself stopped the transfer
+};
+
+// What the installation step needs, copied so the background task owns it.
+struct SelfUpdater::InstallRequest {
+    const UpdatePackaging* packaging = nullptr;
+    QString archive;
+    QByteArray signature;
+    QString publicKey;
+    QString version;
+    QString installed;
+    QString workspace;
+    qint64 processIdentifier = 0;
+};
 
 SelfUpdater& SelfUpdater::shared()
 {
-    static SelfUpdater* updater = new SelfUpdater(
-        UpdatePackaging::current(),
-        Environment{QDir::tempPath(), UpdatePackaging::current().installedBundle(), QCoreApplication::applicationPid(),
-                    [] { QCoreApplication::quit(); }});
+    static SelfUpdater* updater = [] {
+        QString cache = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
+        if (cache.isEmpty())
+            cache = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+        const QString workspaces = cache + QStringLiteral("/kestrio");
+        QDir().mkpath(workspaces);
+        QFile::setPermissions(workspaces, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        const QUrl releasePage(QStringLiteral("https://%1/apps/kestrio/").arg(QStringLiteral(KESTRIO_WEBSITE_HOST)));
+        return new SelfUpdater(UpdatePackaging::current(),
+                               Environment{workspaces, UpdatePackaging::current().installedBundle(),
+                                           QCoreApplication::applicationPid(), [] { QCoreApplication::quit(); },
+                                           QStringLiteral(KESTRIO_UPDATE_PUBLIC_KEY), KESTRIO_UPDATE_MAX_BYTES,
+                                           [releasePage] { QDesktopServices::openUrl(releasePage); }});
+    }();
     return *updater;
 }
 
@@ -32,8 +113,11 @@ SelfUpdater::SelfUpdater(UpdatePackaging& packaging, Environment environment, QO
 
 SelfUpdater::~SelfUpdater()
 {
-    if (downloadTask_)
-        downloadTask_->abort();
+    // Nothing is reported any more: the transfer just stops.
+    if (attempt_ && attempt_->reply) {
+        attempt_->reply->disconnect(this);
+        attempt_->reply->abort();
+    }
 }
 
 void SelfUpdater::setState(State state)
@@ -44,101 +128,188 @@ void SelfUpdater::setState(State state)
     emit stateChanged(state_);
 }
 
-void SelfUpdater::startUpdate(const QUrl& url)
+std::optional<QString> SelfUpdater::refusal(const QUrl& url, bool& packageManaged) const
+{
+    packageManaged = true;
+    if (!environment_.installedBundle)
+        return packageManagedMessage();
+    const QString installed = *environment_.installedBundle;
+    const auto marker = InstallMarker::read(installed);
+    if (!std::holds_alternative<InstallMarker>(marker))
+        return packageManagedMessage();
+    // Replacing a folder that holds anything else would delete it.
+    if (std::get<InstallMarker>(marker).foreignEntry(installed))
+        return packageManagedMessage();
+    packageManaged = false;
+
+    const QFileInfo info(installed);
+    if (!info.isWritable() || !QFileInfo(info.absolutePath()).isWritable())
+        return QStringLiteral("Kestrio is installed in %1, which you cannot change.").arg(info.absoluteFilePath());
+    if (!UpdateSignature::parsePublicKey(environment_.publicKey))
+        return kVerifyFailed + QStringLiteral("this copy of Kestrio has no valid key to check updates with.");
+    if (url.scheme() != QLatin1String("https") || url.host().isEmpty())
+        return kDownloadFailed + QStringLiteral("its address does not use https (%1).").arg(url.toDisplayString());
+    return std::nullopt;
+}
+
+void SelfUpdater::startUpdate(const QUrl& url, const QString& version)
 {
     if (state_.kind == State::Kind::downloading || state_.kind == State::Kind::installing)
         return;
-    // A system package is the package manager's to update, not ours.
-    if (!environment_.installedBundle) {
-        setState(State::failed(QStringLiteral("Kestrio is not running from an installation it can update.")));
+    bool packageManaged = false;
+    if (const std::optional<QString> refused = refusal(url, packageManaged)) {
+        setState(State::failed(*refused));
+        if (packageManaged && environment_.openReleasePage)
+            environment_.openReleasePage();
         return;
     }
-    const QFileInfo installed(*environment_.installedBundle);
-    if (!installed.isWritable() || !QFileInfo(installed.absolutePath()).isWritable()) {
-        setState(State::failed(QStringLiteral("Kestrio is installed in %1, which you cannot change; "
-                                              "update it with your system's package manager.")
-                                   .arg(installed.absoluteFilePath())));
+
+    if (attempt_ && attempt_->reply)
+        attempt_->reply->abort();
+    attempt_ = std::make_unique<Attempt>();
+    attempt_->generation = ++generation_;
+    attempt_->url = url;
+    attempt_->version = version;
+    // Created anew and private (0700), so nobody else can plant or read anything in it.
+    attempt_->workspace = std::make_unique<QTemporaryDir>(environment_.workspaceParent + QStringLiteral("/update-XXXXXX"));
+    if (!attempt_->workspace->isValid()) {
+        setState(State::failed(kSaveFailed + attempt_->workspace->errorString()));
+        attempt_.reset();
         return;
     }
     setState(State::downloading(0.0));
 
-    if (!network_)
+    if (!network_) {
         network_ = new QNetworkAccessManager(this);
-    download_ = std::make_unique<QFile>(QDir(environment_.temporaryFolder)
-                                            .filePath(QStringLiteral("Kestrio-download-%1.part")
-                                                          .arg(QUuid::createUuid().toString(QUuid::WithoutBraces))));
-    if (!download_->open(QIODevice::WriteOnly)) {
-        handleDownloadFinished(std::nullopt, download_->errorString());
+        // Never from https to anything less.
+        network_->setRedirectPolicy(QNetworkRequest::NoLessSafeRedirectPolicy);
+    }
+    QUrl signatureUrl = url;
+    signatureUrl.setPath(url.path() + QStringLiteral(".minisig"));
+    QNetworkReply* reply = receive(signatureUrl, kMaxSignatureBytes);
+    const quint64 generation = attempt_->generation;
+    connect(reply, &QNetworkReply::finished, this, [this, reply, generation] {
+        reply->deleteLater();
+        if (attempt_ && attempt_->generation == generation)
+            handleSignatureFinished(*reply);
+    }, Qt::QueuedConnection); // a cancel reports after cancelUpdate has returned
+}
+
+QNetworkReply* SelfUpdater::receive(const QUrl& url, qint64 limit)
+{
+    Attempt& attempt = *attempt_;
+    attempt.received = 0;
+    attempt.stopReason.reset();
+    QNetworkReply* reply = network_->get(QNetworkRequest(url));
+    attempt.reply = reply;
+    const bool toFile = attempt.archive.isOpen();
+    auto stop = [reply, &attempt](QString reason) {
+        if (!attempt.stopReason)
+            attempt.stopReason = std::move(reason);
+        reply->abort();
+    };
+    connect(reply, &QNetworkReply::metaDataChanged, this, [reply, limit, stop] {
+        const QVariant length = reply->header(QNetworkRequest::ContentLengthHeader);
+        if (length.isValid() && length.toLongLong() > limit)
+            stop(kDownloadFailed + QStringLiteral("it is larger than the %1 bytes allowed.").arg(limit));
+    });
+    connect(reply, &QNetworkReply::readyRead, this, [this, reply, limit, stop, toFile, &attempt] {
+        if (attempt.stopReason)
+            return;
+        const QByteArray data = reply->readAll();
+        attempt.received += data.size();
+        if (attempt.received > limit) {
+            stop(kDownloadFailed + QStringLiteral("it is larger than the %1 bytes allowed.").arg(limit));
+            return;
+        }
+        if (!toFile) {
+            attempt.signature += data;
+            return;
+        }
+        if (attempt.archive.write(data) != data.size()) {
+            stop(kSaveFailed + attempt.archive.errorString());
+            return;
+        }
+        // Counted here rather than from Qt's progress signal, which holds back
+        // what arrives in the first 150 ms.
+        const qint64 total = reply->header(QNetworkRequest::ContentLengthHeader).toLongLong();
+        if (total > 0 && state_.kind == State::Kind::downloading) {
+            const double fraction = double(std::min(attempt.received, total)) / double(total);
+            setState(State::downloading(std::floor(fraction * 1000) / 1000)); // a change a view can show
+        }
+    });
+    return reply;
+}
+
+void SelfUpdater::handleSignatureFinished(QNetworkReply& reply)
+{
+    if (std::optional<QString> failure = transferFailure(attempt_->stopReason, reply)) {
+        handleDownloadFinished(failure);
         return;
     }
-    QNetworkReply* reply = network_->get(QNetworkRequest(url));
-    downloadTask_ = reply;
-    QPointer<SelfUpdater> self(this);
-    connect(reply, &QNetworkReply::readyRead, this, [this, reply] {
-        if (download_)
-            download_->write(reply->readAll());
-    });
-    connect(reply, &QNetworkReply::downloadProgress, this, [self](qint64 received, qint64 total) {
-        if (self && total > 0 && self->downloadTask_)
-            self->setState(State::downloading(double(received) / double(total)));
-    });
-    connect(reply, &QNetworkReply::finished, this, [self, reply] {
-        reply->deleteLater();
-        if (!self)
-            return;
-        // Only the transport counts: an error page is saved like a package and
-        // fails when it is opened.
-        const bool answered = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).isValid();
-        std::optional<QString> location;
-        std::optional<QString> error;
-        if (self->download_) {
-            self->download_->write(reply->readAll());
-            self->download_->close();
-            location = self->download_->fileName();
-        }
-        if (!answered && reply->error() != QNetworkReply::NoError)
-            error = reply->errorString();
-        self->handleDownloadFinished(location, error);
-    }, Qt::QueuedConnection); // a cancelled download reports after cancelUpdate has returned
+    if (reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt() != 200) {
+        handleDownloadFinished(kVerifyFailed + QStringLiteral("no signature was found at %1.").arg(reply.url().toDisplayString()));
+        return;
+    }
+    // The release itself goes straight into the private workspace, into a file
+    // that did not exist before (never through a planted link).
+    attempt_->archive.setFileName(QDir(attempt_->workspace->path()).filePath(packaging_.archiveName()));
+    if (!attempt_->archive.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
+        handleDownloadFinished(kSaveFailed + attempt_->archive.errorString());
+        return;
+    }
+    QNetworkReply* download = receive(attempt_->url, environment_.maxDownloadBytes);
+    const quint64 generation = attempt_->generation;
+    connect(download, &QNetworkReply::finished, this, [this, download, generation] {
+        download->deleteLater();
+        if (attempt_ && attempt_->generation == generation)
+            handleDownloadFinished(transferFailure(attempt_->stopReason, *download));
+    }, Qt::QueuedConnection);
 }
 
 void SelfUpdater::cancelUpdate()
 {
-    if (downloadTask_)
-        downloadTask_->abort(); // reported to the completion like any download error
-    downloadTask_ = nullptr;
+    // The transfer reports its cancellation to its completion like any error.
+    if (attempt_ && attempt_->reply)
+        attempt_->reply->abort();
     setState(State::idle());
 }
 
-void SelfUpdater::handleDownloadFinished(const std::optional<QString>& location, const std::optional<QString>& error)
+void SelfUpdater::handleDownloadFinished(const std::optional<QString>& error)
 {
-    downloadTask_ = nullptr;
-    download_.reset();
+    // Whatever happens next, nothing of a failed transfer is kept.
+    std::unique_ptr<Attempt> attempt = std::move(attempt_);
+    attempt->reply = nullptr;
     if (error) {
-        if (location)
-            QFile::remove(*location);
         setState(State::failed(*error));
         return;
     }
-    if (!location) {
+    if (attempt->received == 0) {
         setState(State::failed(QStringLiteral("Download completed but no file received.")));
         return;
     }
-    const QString image = QDir(environment_.temporaryFolder).filePath(QLatin1String(kImageName));
-    QFile::remove(image);
-    QFile saved(*location);
-    if (!saved.rename(image)) {
-        setState(State::failed(QStringLiteral("Failed to save download: ") + saved.errorString()));
+    if (!attempt->archive.flush()) {
+        setState(State::failed(kSaveFailed + attempt->archive.errorString()));
         return;
     }
+    attempt->archive.close();
     setState(State::installing());
 
+    // From here the background task owns the workspace: the script removes it
+    // after a success, the task after a failure.
+    attempt->workspace->setAutoRemove(false);
+    const InstallRequest request{&packaging_,
+                                 attempt->archive.fileName(),
+                                 attempt->signature,
+                                 environment_.publicKey,
+                                 attempt->version,
+                                 *environment_.installedBundle,
+                                 attempt->workspace->path(),
+                                 environment_.processIdentifier};
     QPointer<SelfUpdater> self(this);
-    const Environment environment = environment_;
-    UpdatePackaging* packaging = &packaging_;
-    QThreadPool::globalInstance()->start([self, environment, packaging, image] {
-        const std::optional<QString> failure = installUpdate(*packaging, environment, image);
-        QMetaObject::invokeMethod(QCoreApplication::instance(), [self, failure, terminate = environment.terminate] {
+    QThreadPool::globalInstance()->start([self, request, terminate = environment_.terminate] {
+        const std::optional<QString> failure = installUpdate(request);
+        QMetaObject::invokeMethod(QCoreApplication::instance(), [self, failure, terminate] {
             if (failure) {
                 if (self)
                     self->setState(State::failed(*failure));
@@ -149,45 +320,77 @@ void SelfUpdater::handleDownloadFinished(const std::optional<QString>& location,
     });
 }
 
-std::optional<QString> SelfUpdater::installUpdate(const UpdatePackaging& packaging, const Environment& environment,
-                                                  const QString& image)
+std::optional<QString> SelfUpdater::installUpdate(const InstallRequest& request)
 {
-    const QDir temporary(environment.temporaryFolder);
-    const QString mountPoint =
-        temporary.filePath(QStringLiteral("Kestrio-mount-") + QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper());
-    QDir().mkpath(mountPoint);
+    const PlatformWords& words = PlatformWords::current();
+    std::optional<QString> staging;
+    auto fail = [&](const QString& message) -> std::optional<QString> {
+        if (staging)
+            QDir(*staging).removeRecursively();
+        QDir(request.workspace).removeRecursively();
+        return message;
+    };
 
-    const ToolResult mounted = runTool(packaging.mountProgram(), packaging.mountArguments(image, mountPoint));
-    if (mounted.status != 0)
-        return QStringLiteral("Failed to mount DMG: ") + mounted.output;
+    if (const auto problem = UpdateSignature::check(request.archive, request.signature, request.publicKey))
+        return fail(kVerifyFailed + *problem + u'.');
 
-    const QString newBundle = QDir(mountPoint).filePath(QStringLiteral("Kestrio.app"));
-    if (!QFileInfo::exists(newBundle)) {
-        packaging.detach(mountPoint);
-        return QStringLiteral("Kestrio.app not found in DMG.");
-    }
+    // The member names first: nothing is unpacked that would land elsewhere.
+    const UpdatePackaging& packaging = *request.packaging;
+    const ToolResult listed = runTool(packaging.unpackProgram(), packaging.listArguments(request.archive));
+    if (listed.status != 0)
+        return fail(words.unpackFailedPrefix + listed.output);
+    if (const auto member = UpdateArchive::unsafeMember(listed.output.split(u'\n', Qt::SkipEmptyParts)))
+        return fail(words.unpackFailedPrefix + QStringLiteral("it holds %1, outside Kestrio.app.").arg(*member));
 
-    const QString scriptPath = temporary.filePath(QLatin1String(kScriptName));
-    const QString script = updaterScript(packaging, environment.processIdentifier, environment.installedBundle.value_or(QString()),
-                                         newBundle, mountPoint, image, scriptPath);
-    QSaveFile file(scriptPath);
-    const bool written = file.open(QIODevice::WriteOnly) && file.write(script.toUtf8()) >= 0 && file.commit()
-        && QFile::setPermissions(scriptPath, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup
-                                                 | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther);
-    if (!written) {
-        packaging.detach(mountPoint);
-        return QStringLiteral("Failed to create updater script: ") + file.errorString();
-    }
+    // Beside the installation, so that the swap is a rename on one file system.
+    QString error;
+    staging = makePrivateFolderBeside(request.installed, error);
+    if (!staging)
+        return fail(words.unpackFailedPrefix
+                    + QStringLiteral("no folder can be made beside %1: %2").arg(request.installed, error));
+    const ToolResult unpacked = runTool(packaging.unpackProgram(), packaging.unpackArguments(request.archive, *staging));
+    if (unpacked.status != 0)
+        return fail(words.unpackFailedPrefix + unpacked.output);
+    const QString bundle = QDir(*staging).filePath(QLatin1String(UpdateArchive::kTopFolder));
+    if (!QFileInfo(bundle).isDir())
+        return fail(words.bundleMissing);
+    if (const auto problem = UpdateArchive::treeProblem(*staging))
+        return fail(words.unpackFailedPrefix + *problem + u'.');
+
+    const auto marker = InstallMarker::read(bundle);
+    if (const auto* why = std::get_if<QString>(&marker))
+        return fail(kVerifyFailed + QStringLiteral("the archive carries no install marker (%1).").arg(*why));
+    const InstallMarker& release = std::get<InstallMarker>(marker);
+    if (release.version != request.version)
+        return fail(kVerifyFailed
+                    + QStringLiteral("the archive holds version %1, not the offered %2.").arg(release.version, request.version));
+    const std::optional<QString> foreign = release.foreignEntry(bundle);
+    const std::optional<QString> missing = release.missingFile(bundle);
+    if (foreign || missing)
+        return fail(kVerifyFailed + QStringLiteral("the archive does not match its own list of files (%1).")
+                                        .arg(foreign.value_or(missing.value_or(QString()))));
+    if (!QFileInfo(QDir(bundle).filePath(packaging.programInBundle())).isExecutable())
+        return fail(words.bundleMissing);
+
+    const QString scriptPath = QDir(request.workspace).filePath(QLatin1String(kScriptName));
+    QFile file(scriptPath);
+    const QByteArray script =
+        updaterScript(packaging, {request.processIdentifier, request.installed, *staging, request.workspace}).toUtf8();
+    const bool written = file.open(QIODevice::WriteOnly | QIODevice::NewOnly) && file.write(script) == script.size()
+        && file.flush()
+        && file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup
+                               | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther);
+    if (!written)
+        return fail(QStringLiteral("Failed to create updater script: ") + file.errorString());
+    file.close();
 
     QProcess bash;
     bash.setProgram(QStringLiteral("/bin/bash"));
     bash.setArguments({scriptPath});
     bash.setStandardOutputFile(QProcess::nullDevice());
     bash.setStandardErrorFile(QProcess::nullDevice());
-    if (!bash.startDetached()) {
-        packaging.detach(mountPoint);
-        return QStringLiteral("Failed to launch updater: ") + bash.errorString();
-    }
+    if (!bash.startDetached())
+        return fail(QStringLiteral("Failed to launch updater: ") + bash.errorString());
     return std::nullopt;
 }
 
@@ -222,15 +425,36 @@ QString SelfUpdater::shellQuoted(const QString& text)
     return u'\'' + quoted + u'\'';
 }
 
-QString SelfUpdater::updaterScript(const UpdatePackaging& packaging, qint64 pid, const QString& installed,
-                                   const QString& newBundle, const QString& mountPoint, const QString& image,
-                                   const QString& script)
+QString SelfUpdater::updaterScript(const UpdatePackaging& packaging, const ScriptPaths& paths)
 {
-    const QString a = shellQuoted(installed);
-    return QStringLiteral("#!/bin/bash\n# Wait for the current app to quit\nwhile kill -0 ") + QString::number(pid)
-        + QStringLiteral(" 2>/dev/null; do\n    sleep 0.2\ndone\n# Replace the app\nrm -rf ") + a
-        + QStringLiteral("\ncp -R ") + shellQuoted(newBundle) + u' ' + a
-        + QStringLiteral("\n# Unmount and clean up\n") + packaging.detachLine(shellQuoted(mountPoint))
-        + QStringLiteral("\nrm -f ") + shellQuoted(image) + QStringLiteral("\nrm -f ") + shellQuoted(script)
-        + QStringLiteral("\n# Relaunch\n") + packaging.relaunchLine(a);
+    return QStringLiteral("#!/bin/bash\n# Wait for the current app to quit\nwhile kill -0 ")
+        + QString::number(paths.processIdentifier)
+        + QStringLiteral(" 2>/dev/null; do\n    sleep 0.2\ndone\n"
+                         "# Replace the app: the old one stays aside until the new one runs\n"
+                         "installed=")
+        + shellQuoted(paths.installed) + QStringLiteral("\nstaging=") + shellQuoted(paths.staging)
+        + QStringLiteral("\nworkspace=") + shellQuoted(paths.workspace)
+        + QStringLiteral("\n"
+                         "# Starts the program; true when it still runs 3 s later or ended well\n"
+                         "start() {\n"
+                         "    setsid \"$installed\"/")
+        + shellQuoted(packaging.programInBundle())
+        + QStringLiteral(" </dev/null >/dev/null 2>&1 &\n"
+                         "    local pid=$! tick\n"
+                         "    for tick in {1..15}; do\n"
+                         "        sleep 0.2\n"
+                         "        kill -0 \"$pid\" 2>/dev/null || { wait \"$pid\"; return; }\n"
+                         "    done\n"
+                         "}\n"
+                         "kept=yes\n"
+                         "if ! mv -T -- \"$installed\" \"$staging/previous\"; then\n"
+                         "    start\n"
+                         "elif ! { mv -T -- \"$staging/Kestrio.app\" \"$installed\" && start; }; then\n"
+                         "    # The new one does not start: the old one comes back\n"
+                         "    if [[ -e \"$installed\" ]]; then mv -T -- \"$installed\" \"$staging/failed\"; fi\n"
+                         "    if mv -T -- \"$staging/previous\" \"$installed\"; then start; else kept=no; fi\n"
+                         "fi\n"
+                         "# Clean up; the staging folder goes only when it holds no installation that is needed\n"
+                         "if [[ $kept == yes ]]; then rm -rf -- \"$staging\"; fi\n"
+                         "rm -rf -- \"$workspace\"");
 }

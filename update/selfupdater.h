@@ -9,14 +9,16 @@
 #include <memory>
 #include <optional>
 
-class QFile;
 class QNetworkAccessManager;
 class QNetworkReply;
 class UpdatePackaging;
 
-// Installs a newer release in place: downloads it, opens it, checks that it
-// holds Kestrio.app, writes a script that waits for this program to end,
-// replaces the installation and starts it again, then ends the program.
+// Installs a newer release in place: downloads it with its signature into a
+// private folder, checks the signature and what the archive holds, unpacks it
+// beside the installation, and hands over to a script that waits for this
+// program to end, swaps the two folders by renaming, starts the new program
+// and puts the old one back if that fails. Only an installation that carries
+// Kestrio's install marker is ever replaced.
 class SelfUpdater : public QObject {
     Q_OBJECT
 
@@ -36,14 +38,17 @@ public:
 
     // What the installation works with; the program passes the real ones.
     struct Environment {
-        QString temporaryFolder;                 // T
-        std::optional<QString> installedBundle;  // A
+        QString workspaceParent;                 // private workspaces are made in here
+        std::optional<QString> installedBundle;  // A: the folder the running program came from
         qint64 processIdentifier = 0;            // P
         std::function<void()> terminate;         // ends the program
+        QString publicKey;                       // the maker's minisign key
+        qint64 maxDownloadBytes = 0;             // a larger release is refused
+        std::function<void()> openReleasePage;   // where a copy the updater may not replace sends the user
     };
 
-    static constexpr const char* kImageName = "Kestrio-update.dmg";
     static constexpr const char* kScriptName = "kestrio-updater.sh";
+    static constexpr qint64 kMaxSignatureBytes = 4096;
 
     static SelfUpdater& shared();
 
@@ -52,39 +57,50 @@ public:
 
     const State& state() const { return state_; }
 
-    void startUpdate(const QUrl& url);
+    // `version` is the release the manifest offered; the archive must say the same.
+    void startUpdate(const QUrl& url, const QString& version);
     void cancelUpdate();
 
     struct ToolResult {
         int status = -1;
         QString output;
     };
-    // Runs a program to its end, reading its output as it comes.
+    // Runs a program to its end, reading its output as it comes. Never on the UI thread.
     static ToolResult runTool(const QString& program, const QStringList& arguments);
     // A word the shell reads back as exactly `text`.
     static QString shellQuoted(const QString& text);
-    // The updater script for these paths.
-    static QString updaterScript(const UpdatePackaging& packaging, qint64 pid, const QString& installed,
-                                 const QString& newBundle, const QString& mountPoint, const QString& image,
-                                 const QString& script);
+
+    struct ScriptPaths {
+        qint64 processIdentifier = 0;
+        QString installed;  // the installation that is replaced
+        QString staging;    // beside it: the new Kestrio.app, later the old one
+        QString workspace;  // the private folder with the download and the script
+    };
+    static QString updaterScript(const UpdatePackaging& packaging, const ScriptPaths& paths);
 
 signals:
     void stateChanged(const SelfUpdater::State& state);
 
-
 private:
+    struct Attempt;
+    struct InstallRequest;
+
     void setState(State state);
-    void handleDownloadFinished(const std::optional<QString>& location, const std::optional<QString>& error);
-    // Runs off the main thread; the failure text, or nothing once the script runs.
-    static std::optional<QString> installUpdate(const UpdatePackaging& packaging, const Environment& environment,
-                                                const QString& image);
+    // Why this update cannot even start; `packageManaged` says whether the copy
+    // is not ours to replace.
+    std::optional<QString> refusal(const QUrl& url, bool& packageManaged) const;
+    QNetworkReply* receive(const QUrl& url, qint64 limit);
+    void handleSignatureFinished(QNetworkReply& reply);
+    void handleDownloadFinished(const std::optional<QString>& error);
+    // Off the main thread; the failure text, or nothing once the script runs.
+    static std::optional<QString> installUpdate(const InstallRequest& request);
 
     UpdatePackaging& packaging_;
     Environment environment_;
     State state_;
     QNetworkAccessManager* network_ = nullptr;
-    QPointer<QNetworkReply> downloadTask_;
-    std::unique_ptr<QFile> download_;
+    std::unique_ptr<Attempt> attempt_;
+    quint64 generation_ = 0;
 };
 
 Q_DECLARE_METATYPE(SelfUpdater::State)

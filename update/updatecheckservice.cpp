@@ -7,6 +7,7 @@
 #include "platform/systeminfo.h"
 #include "telemetry/analyticsservice.h"
 #include "telemetry/appinfo.h"
+#include "update/networkfailure.h"
 #include "update/versionmanifest.h"
 
 #include <QDateTime>
@@ -42,13 +43,13 @@ UpdateCheckService::UpdateCheckService(QUrl manifestURL, SettingsStore& settings
 
 UpdateCheckService::Outcome UpdateCheckService::evaluateManifestResponse(QNetworkReply& reply)
 {
+    // A transport failure comes first, also one after the status line arrived
+    // (a connection reset in the middle of the body).
+    if (isTransportFailure(reply.error()))
+        return UpdateCheckError{UpdateCheckError::Kind::network, reply.errorString()};
     const QVariant status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute);
-    // No HTTP status at all: the request never got an answer.
-    if (!status.isValid()) {
-        if (reply.error() != QNetworkReply::NoError)
-            return UpdateCheckError{UpdateCheckError::Kind::network, reply.errorString()};
+    if (!status.isValid())
         return UpdateCheckError{UpdateCheckError::Kind::invalidResponse, {}};
-    }
     const int code = status.toInt();
     if (code < 200 || code > 299)
         return UpdateCheckError{UpdateCheckError::Kind::invalidResponse, {}};
@@ -66,6 +67,18 @@ void UpdateCheckService::checkForUpdates(std::function<void(const Outcome&)> com
     if (!network_) {
         network_ = new QNetworkAccessManager(this);
         network_->setTransferTimeout(kRequestTimeoutMs);
+        // Never from https to anything less.
+        network_->setRedirectPolicy(QNetworkRequest::NoLessSafeRedirectPolicy);
+    }
+    // The manifest decides what gets installed: it only comes over https.
+    if (manifestURL.scheme() != QLatin1String("https")) {
+        QMetaObject::invokeMethod(this, [completion = std::move(completion), url = manifestURL] {
+            if (completion)
+                completion(UpdateCheckError{UpdateCheckError::Kind::network,
+                                            QStringLiteral("the update address does not use https (%1).")
+                                                .arg(url.toDisplayString())});
+        }, Qt::QueuedConnection);
+        return;
     }
     QNetworkRequest request(manifestURL);
     request.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);

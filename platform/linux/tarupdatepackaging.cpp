@@ -3,31 +3,27 @@
 #include <QCoreApplication>
 #include <QDir>
 
-QStringList TarUpdatePackaging::mountArguments(const QString& image, const QString& mountPoint) const
+QStringList TarUpdatePackaging::listArguments(const QString& archive) const
 {
-    return {QStringLiteral("-xzf"), image, QStringLiteral("-C"), mountPoint};
+    // One member a line, whatever its name holds, and exactly as stored: tar
+    // would otherwise shorten unsafe names and say so between the names.
+    return {QStringLiteral("--list"),          QStringLiteral("--gzip"), QStringLiteral("--quoting-style=escape"),
+            QStringLiteral("--absolute-names"), QStringLiteral("--file"), archive};
 }
 
-void TarUpdatePackaging::detach(const QString& mountPoint) const
+QStringList TarUpdatePackaging::unpackArguments(const QString& archive, const QString& folder) const
 {
-    QDir(mountPoint).removeRecursively();
-}
-
-QString TarUpdatePackaging::detachLine(const QString& quotedMountPoint) const
-{
-    return QStringLiteral("rm -rf %1 2>/dev/null").arg(quotedMountPoint);
-}
-
-QString TarUpdatePackaging::relaunchLine(const QString& quotedInstalled) const
-{
-    // Started apart from the script, which ends right after.
-    return QStringLiteral("setsid %1/bin/kestrio >/dev/null 2>&1 </dev/null &").arg(quotedInstalled);
+    // The user's own files with the user's own permissions, even for root.
+    return {QStringLiteral("--extract"),          QStringLiteral("--gzip"),
+            QStringLiteral("--no-same-owner"),    QStringLiteral("--no-same-permissions"),
+            QStringLiteral("--no-overwrite-dir"), QStringLiteral("--file"),
+            archive,                              QStringLiteral("--directory"),
+            folder};
 }
 
 std::optional<QString> TarUpdatePackaging::installedBundle() const
 {
-    // The prefix that holds bin/kestrio; a program run from elsewhere (a build
-    // folder) has no installation to replace.
+    // The prefix that holds bin/kestrio.
     QDir bin(QCoreApplication::applicationDirPath());
     if (bin.dirName() != QLatin1String("bin") || !bin.cdUp())
         return std::nullopt;

@@ -6,10 +6,10 @@
 // folder laid out like an install prefix (Kestrio.app/bin/kestrio).
 class TarUpdatePackaging final : public UpdatePackaging {
 public:
-    QString mountProgram() const override { return QStringLiteral("/bin/tar"); }
-    QStringList mountArguments(const QString& image, const QString& mountPoint) const override;
-    void detach(const QString& mountPoint) const override;
-    QString detachLine(const QString& quotedMountPoint) const override;
-    QString relaunchLine(const QString& quotedInstalled) const override;
+    QString archiveName() const override { return QStringLiteral("Kestrio-update.tar.gz"); }
+    QString unpackProgram() const override { return QStringLiteral("/bin/tar"); }
+    QStringList listArguments(const QString& archive) const override;
+    QStringList unpackArguments(const QString& archive, const QString& folder) const override;
+    QString programInBundle() const override { return QStringLiteral("bin/kestrio"); }
     std::optional<QString> installedBundle() const override;
 };

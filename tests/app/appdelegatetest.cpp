@@ -335,7 +335,7 @@ TEST_F(Controller, ARecordedShortcutReplacesTheActiveOneAtOnce)
     hotkey.setMode(HotkeyMode::customShortcut);
     hotkey.customShortcut = CustomShortcut::load(settings.store());
     TarUpdatePackaging packaging;
-    SelfUpdater updater(packaging, SelfUpdater::Environment{QDir::tempPath(), std::nullopt, 0, {}});
+    SelfUpdater updater(packaging, SelfUpdater::Environment{QDir::tempPath(), std::nullopt, 0, {}, {}, 0, {}});
     FakeLoginItem login;
     FakeKeyboardLayout layout;
     layout.scanCodes = {{45, 40}};

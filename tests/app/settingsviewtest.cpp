@@ -12,6 +12,7 @@
 #include "platform/fake/fakeloginitem.h"
 #include "platform/linux/tarupdatepackaging.h"
 #include "search/usagetracker.h"
+#include "update/installmarker.h"
 #include "support/eventually.h"
 #include "support/loopbackhttpserver.h"
 #include "support/tempsettings.h"
@@ -75,7 +76,10 @@ protected:
     void open()
     {
         updater = std::make_unique<SelfUpdater>(
-            packaging, SelfUpdater::Environment{temporary.path(), installation, QCoreApplication::applicationPid(), {}});
+            packaging, SelfUpdater::Environment{temporary.path(), installation, QCoreApplication::applicationPid(), {},
+                                     // a key of the right form; nothing in these tests gets as far as checking with it
+                                     QString::fromLatin1(QByteArray("Ed" + QByteArray(40, '\x01')).toBase64()),
+                                     1 << 20, {}});
         view = std::make_unique<SettingsView>(SettingsView::Services{
             store, hub, hotkey, accessibility, usage, *updater, login, layout,
             [this](SettingsView::UpdateCompletion done) { pendingChecks.push_back(std::move(done)); },
@@ -325,11 +329,12 @@ TEST_F(Settings, AnAutomaticCheckAloneOffersNoInstaller)
 
 TEST_F(Settings, InstallerRowFollowsTheSelfUpdater)
 {
-    LoopbackHttpServer site;
+    LoopbackHttpServer site{LoopbackHttpServer::Scheme::https};
     site.answer = false; // the download stays under way
     QTemporaryDir home;
     installation = home.filePath("Kestrio.app");
     QDir().mkpath(*installation);
+    ASSERT_FALSE((InstallMarker{"Kestrio", "1.0.0", {}}.write(*installation)));
     open();
     QTest::mouseClick(control("Check Now"), Qt::LeftButton);
     finishCheck(UpdateCheckResult{"2.0.0", std::nullopt, site.url("/k.tar.gz"), std::nullopt, true});
@@ -363,7 +368,8 @@ TEST_F(Settings, AnUpdaterFailureShowsUnderTheButton)
     QTest::mouseClick(control("Check Now"), Qt::LeftButton);
     finishCheck(release(true));
     QTest::mouseClick(control("Install Update"), Qt::LeftButton);
-    EXPECT_TRUE(shows("Kestrio is not running from an installation it can update."));
+    EXPECT_TRUE(shows("This copy of Kestrio is updated by its package manager, not by Kestrio itself. "
+                      "The release page opens in your browser."));
     EXPECT_TRUE(shows("Install Update"));
 }
 

@@ -22,6 +22,8 @@
 #include "platform/loginitem.h"
 #include "platform/updatepackaging.h"
 #include "search/usagetracker.h"
+#include "support/loopbackhttpserver.h"
+#include "update/installmarker.h"
 
 #include <QApplication>
 #include <QBoxLayout>
@@ -30,8 +32,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QPushButton>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTimer>
 
@@ -69,25 +69,6 @@ QPushButton* button(QWidget* in, const QString& text)
 }
 
 // A download that stops at 42 % and stays there.
-class StalledDownload : public QTcpServer {
-public:
-    StalledDownload()
-    {
-        listen(QHostAddress::LocalHost, 0);
-        connect(this, &QTcpServer::newConnection, this, [this] {
-            while (QTcpSocket* socket = nextPendingConnection()) {
-                connect(socket, &QTcpSocket::readyRead, socket, [socket] {
-                    socket->readAll();
-                    socket->write("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n" + QByteArray(100, 'x'));
-                    // Qt reports progress at most every 150 ms: the rest comes later.
-                    QTimer::singleShot(400, socket, [socket] { socket->write(QByteArray(320, 'x')); });
-                });
-            }
-        });
-    }
-    QUrl url() const { return QUrl(QStringLiteral("http://127.0.0.1:%1/Kestrio-9.9.9.tar.gz").arg(serverPort())); }
-};
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -129,15 +110,22 @@ int main(int argc, char** argv)
     AccessibilityService accessibility(Accessibility::current());
     UsageTracker usage(store);
     usage.recordUsage(QStringLiteral("org.xfce.mousepad"), QStringLiteral("File → Save"));
-    QDir().mkpath(folder.filePath(QStringLiteral("Kestrio.app")));
+    // A marked installation and a download that stalls half-way, so the
+    // installer row stays on its progress.
+    const QString installation = folder.filePath(QStringLiteral("Kestrio.app"));
+    QDir().mkpath(installation);
+    InstallMarker{QStringLiteral("Kestrio"), QStringLiteral("1.0.0"), {}}.write(installation);
     SelfUpdater updater(UpdatePackaging::current(),
-                        SelfUpdater::Environment{folder.path(), folder.filePath(QStringLiteral("Kestrio.app")),
-                                                 QCoreApplication::applicationPid(), [] {}});
-    StalledDownload download;
+                        SelfUpdater::Environment{folder.path(), installation, QCoreApplication::applicationPid(), [] {},
+                                                 QString::fromLatin1(QByteArray("Ed" + QByteArray(40, '\x01')).toBase64()),
+                                                 1 << 20, [] {}});
+    LoopbackHttpServer download{LoopbackHttpServer::Scheme::https};
+    download.paths["/Kestrio-9.9.9.tar.gz"] = {200, QByteArray(1000, 'x'), LoopbackAnswer::Ending::stalled};
+    download.paths["/Kestrio-9.9.9.tar.gz.minisig"] = {200, "signature"};
     auto* view = new SettingsView(SettingsView::Services{
         store, hub, hotkey, accessibility, usage, updater, LoginItem::current(), KeyboardLayout::current(),
         [&download](SettingsView::UpdateCompletion done) {
-            QTimer::singleShot(300, [done, url = download.url()] {
+            QTimer::singleShot(300, [done, url = download.url(QStringLiteral("/Kestrio-9.9.9.tar.gz"))] {
                 done(UpdateCheckResult{QStringLiteral("9.9.9"), std::nullopt, url, std::nullopt, true});
             });
         },

@@ -1,11 +1,17 @@
 #pragma once
 
-// An HTTP server on 127.0.0.1 that records every request exactly as it came
-// (header order included, which a parsed-header server would lose) and answers
-// with an empty response of the chosen status.
+// An HTTP or HTTPS server on 127.0.0.1 that records every request exactly as
+// it came (header order included, which a parsed-header server would lose)
+// and answers each path as the test says: whole, never, or broken off.
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
+#include <QFile>
+#include <QSslCertificate>
+#include <QSslConfiguration>
+#include <QSslKey>
+#include <QSslServer>
+#include <QSslSocket>
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QUrl>
@@ -37,18 +43,42 @@ struct RecordedRequest {
     }
 };
 
+struct LoopbackAnswer {
+    enum class Ending {
+        whole,        // status, headers and the whole body
+        never,        // nothing at all: the client keeps waiting
+        stalled,      // status, headers and half the body, then nothing more
+        resetMidBody, // status, headers and half the body, then the connection drops
+    };
+    int status = 200;
+    QByteArray body;
+    Ending ending = Ending::whole;
+};
+
 class LoopbackHttpServer : public QObject {
 public:
+    enum class Scheme { http, https };
+
+    // What every path without an answer of its own gets.
     int status = 200;
-    QByteArray body;     // sent with every answer
-    bool answer = true;  // false: keep the client waiting
+    QByteArray body;
+    bool answer = true; // false: keep the client waiting
+    QHash<QByteArray, LoopbackAnswer> paths;
     QList<RecordedRequest> requests;
 
-    LoopbackHttpServer()
+    explicit LoopbackHttpServer(Scheme scheme = Scheme::http) : scheme_(scheme)
     {
-        server_.listen(QHostAddress::LocalHost, 0);
-        connect(&server_, &QTcpServer::newConnection, this, [this] {
-            while (QTcpSocket* socket = server_.nextPendingConnection()) {
+        if (scheme == Scheme::https) {
+            auto tls = std::make_unique<QSslServer>();
+            tls->setSslConfiguration(serverConfiguration());
+            server_ = std::move(tls);
+            trustTestCertificate();
+        } else {
+            server_ = std::make_unique<QTcpServer>();
+        }
+        server_->listen(QHostAddress::LocalHost, 0);
+        connect(server_.get(), &QTcpServer::pendingConnectionAvailable, this, [this] {
+            while (QTcpSocket* socket = server_->nextPendingConnection()) {
                 connect(socket, &QTcpSocket::readyRead, this, [this, socket] { read(socket); });
                 connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
             }
@@ -57,10 +87,13 @@ public:
 
     QUrl url(const QString& path) const
     {
-        return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(server_.serverPort()).arg(path));
+        return QUrl(QStringLiteral("%1://127.0.0.1:%2%3")
+                        .arg(scheme_ == Scheme::https ? "https" : "http")
+                        .arg(server_->serverPort())
+                        .arg(path));
     }
 
-    quint16 port() const { return server_.serverPort(); }
+    quint16 port() const { return server_->serverPort(); }
 
     // Runs the event loop until `count` requests arrived or patience runs out.
     bool waitForRequests(qsizetype count, int timeoutMs = 30000)
@@ -81,7 +114,34 @@ public:
         return requests.size() == before;
     }
 
+    // Clients in this process trust the test certificate from now on.
+    static void trustTestCertificate()
+    {
+        QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+        const QSslCertificate certificate = testCertificate();
+        if (!configuration.caCertificates().contains(certificate)) {
+            configuration.addCaCertificate(certificate);
+            QSslConfiguration::setDefaultConfiguration(configuration);
+        }
+    }
+
+    static QSslCertificate testCertificate()
+    {
+        return QSslCertificate::fromPath(QStringLiteral(TLS_DIR "/loopback.crt")).value(0);
+    }
+
 private:
+    static QSslConfiguration serverConfiguration()
+    {
+        QSslConfiguration configuration = QSslConfiguration::defaultConfiguration();
+        configuration.setLocalCertificate(testCertificate());
+        QFile key(QStringLiteral(TLS_DIR "/loopback.key"));
+        key.open(QIODevice::ReadOnly);
+        configuration.setPrivateKey(QSslKey(&key, QSsl::Ec));
+        configuration.setPeerVerifyMode(QSslSocket::VerifyNone);
+        return configuration;
+    }
+
     void read(QTcpSocket* socket)
     {
         QByteArray& buffer = buffers_[socket];
@@ -109,11 +169,29 @@ private:
         request.body = buffer.mid(end + 4, length);
         buffers_.remove(socket);
         requests.append(request);
-        if (answer)
-            socket->write(QByteArray("HTTP/1.1 ") + QByteArray::number(status) + " Answer\r\nContent-Length: "
-                          + QByteArray::number(body.size()) + "\r\nConnection: close\r\n\r\n" + body);
+        respond(socket, paths.value(request.path, LoopbackAnswer{status, body,
+                                                                 answer ? LoopbackAnswer::Ending::whole
+                                                                        : LoopbackAnswer::Ending::never}));
     }
 
-    QTcpServer server_;
+    static void respond(QTcpSocket* socket, const LoopbackAnswer& reply)
+    {
+        using Ending = LoopbackAnswer::Ending;
+        if (reply.ending == Ending::never)
+            return;
+        const QByteArray head = QByteArray("HTTP/1.1 ") + QByteArray::number(reply.status)
+            + " Answer\r\nContent-Length: " + QByteArray::number(reply.body.size()) + "\r\nConnection: close\r\n\r\n";
+        if (reply.ending == Ending::whole) {
+            socket->write(head + reply.body);
+            return;
+        }
+        socket->write(head + reply.body.left(reply.body.size() / 2));
+        socket->flush();
+        if (reply.ending == Ending::resetMidBody)
+            socket->abort();
+    }
+
+    Scheme scheme_;
+    std::unique_ptr<QTcpServer> server_;
     QHash<QTcpSocket*, QByteArray> buffers_;
 };

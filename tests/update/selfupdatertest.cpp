@@ -1,12 +1,12 @@
 #include "platform/linux/tarupdatepackaging.h"
 #include "support/eventually.h"
 #include "support/loopbackhttpserver.h"
+#include "support/testrelease.h"
 #include "update/selfupdater.h"
 
-#include <QDir>
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
+#include <QCryptographicHash>
+#include <QDirIterator>
+#include <QRandomGenerator>
 #include <QThread>
 
 #include <gtest/gtest.h>
@@ -16,65 +16,108 @@
 namespace {
 
 using State = SelfUpdater::State;
+using Ending = LoopbackAnswer::Ending;
 
-void write(const QString& path, const QByteArray& text, bool executable = false)
+const QString kOffered = "2.0.0";
+
+// Everything under `folder`: each entry with its content's hash or its link's target.
+QStringList snapshot(const QString& folder)
 {
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(text);
-    file.close();
-    if (executable)
-        file.setPermissions(file.permissions() | QFile::ExeOwner);
+    QStringList entries;
+    QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                    QDirIterator::Subdirectories);
+    while (it.hasNext()) {
+        const QFileInfo info(it.next());
+        QString entry = QDir(folder).relativeFilePath(info.filePath());
+        if (info.isSymLink())
+            entry += " -> " + info.symLinkTarget();
+        else if (info.isFile())
+            entry += " " + QCryptographicHash::hash(readTestFile(info.filePath()), QCryptographicHash::Sha256).toHex();
+        entries << entry;
+    }
+    entries.sort();
+    return entries;
 }
 
-QByteArray read(const QString& path)
+QStringList besideEntries(const QString& path)
 {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return QDir(QFileInfo(path).absolutePath()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
 }
 
-// A release archive: `top`/bin/kestrio, a program that leaves a marker when started.
-QByteArray releaseArchive(const QString& top, const QString& marker)
+const SigningKey& makerKey()
 {
-    QTemporaryDir build;
-    write(build.filePath(top + "/bin/kestrio"), ("#!/bin/sh\necho started > '" + marker + "'\n").toUtf8(), true);
-    write(build.filePath(top + "/share/version"), "2.0.0\n");
-    QProcess tar;
-    tar.setWorkingDirectory(build.path());
-    tar.start("tar", {"-czf", "release.tar.gz", top});
-    tar.waitForFinished();
-    return read(build.filePath("release.tar.gz"));
+    static const SigningKey key;
+    return key;
+}
+
+// A release whose program, once started, says so in `startedFile`.
+void addProgram(ReleaseTree& tree, const QString& startedFile)
+{
+    tree.add("bin/kestrio", "#!/bin/sh\necho new > '" + startedFile.toUtf8() + "'\n", true);
+    tree.add("share/kestrio/notes.txt", "release notes\n");
 }
 
 class Updater : public testing::Test {
 protected:
-    LoopbackHttpServer site;
-    QTemporaryDir temporary; // T
+    LoopbackHttpServer site{LoopbackHttpServer::Scheme::https};
     QTemporaryDir home;
-    QString installed;       // A, an awkward name on purpose
-    QString marker;
-    QProcess running;        // plays the running program
+    QString cache;     // where the updater makes its private workspaces
+    QString installed; // A, an awkward name on purpose
+    QString started;   // written by whichever program the script starts
+    QProcess running;  // plays the running program
     TarUpdatePackaging packaging;
     int terminations = 0;
+    int releasePagesOpened = 0;
+    SelfUpdater::Environment environment;
     std::unique_ptr<SelfUpdater> updater;
     QList<State> states;
 
     Updater()
     {
+        cache = home.filePath("cache/kestrio");
+        QDir().mkpath(cache);
         installed = home.filePath("Pro'gram $HOME `x` \\ Files\n/Kestrio.app");
-        marker = home.filePath("relaunched");
-        write(installed + "/bin/kestrio", "#!/bin/sh\necho old\n", true);
+        started = home.filePath("started");
+        writeTestFile(installed + "/bin/kestrio", "#!/bin/sh\necho old > '" + started.toUtf8() + "'\n", true);
+        std::get<InstallMarker>(InstallMarker::describe(installed, "1.0.0")).write(installed);
         running.start("sleep", {"3"});
         running.waitForStarted();
-        updater = std::make_unique<SelfUpdater>(
-            packaging, SelfUpdater::Environment{temporary.path(), installed, running.processId(), [this] { ++terminations; }});
-        QObject::connect(updater.get(), &SelfUpdater::stateChanged, [this](const State& s) { states << s; });
+        environment = SelfUpdater::Environment{cache,
+                                               installed,
+                                               running.processId(),
+                                               [this] { ++terminations; },
+                                               makerKey().publicKey,
+                                               1 << 20,
+                                               [this] { ++releasePagesOpened; }};
     }
     ~Updater() override
     {
         running.kill();
         running.waitForFinished();
+    }
+
+    void start(const QUrl& url, const QString& version = kOffered)
+    {
+        updater = std::make_unique<SelfUpdater>(packaging, environment);
+        QObject::connect(updater.get(), &SelfUpdater::stateChanged, [this](const State& s) { states << s; });
+        updater->startUpdate(url, version);
+    }
+
+    // Serves `archive` at /kestrio.tar.gz and `signature` beside it.
+    QUrl publish(const QByteArray& archive, const QByteArray& signature)
+    {
+        site.paths["/kestrio.tar.gz"] = {200, archive};
+        site.paths["/kestrio.tar.gz.minisig"] = {200, signature};
+        return site.url("/kestrio.tar.gz");
+    }
+    QUrl publish(const QByteArray& archive) { return publish(archive, makerKey().sign(archive)); }
+
+    QByteArray goodRelease(const QString& version = kOffered)
+    {
+        ReleaseTree tree;
+        addProgram(tree, started);
+        tree.mark(version);
+        return tree.archive();
     }
 
     QString failure()
@@ -86,105 +129,309 @@ protected:
 
 TEST_F(Updater, ReplacesTheInstallationOnlyAfterTheProgramEnds)
 {
-    site.body = releaseArchive("Kestrio.app", marker);
-    updater->startUpdate(site.url("/kestrio-2.0.0.tar.gz"));
+    const QStringList beside = besideEntries(installed);
+    start(publish(goodRelease()));
     ASSERT_TRUE(eventually([&] { return terminations == 1; })) << updater->state().message.toStdString();
     EXPECT_EQ(states.first(), State::downloading(0.0));
     EXPECT_TRUE(states.contains(State::downloading(1.0)));
     EXPECT_EQ(states.last(), State::installing());
 
-    const QString script = temporary.filePath("kestrio-updater.sh");
-    std::cout << "updater script:\n" << read(script).toStdString() << "\n--- end of script" << std::endl;
-    // 0755: owner rwx, group and others r-x (Qt adds "user" bits that mirror the owner's).
-    EXPECT_EQ(QFile::permissions(script) & 0x7077, QFile::Permissions(0x7055));
+    const QStringList workspaces = QDir(cache).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    ASSERT_EQ(workspaces.size(), 1);
+    const QString workspace = QDir(cache).filePath(workspaces.first());
+    EXPECT_EQ(QFile::permissions(workspace) & 0x0077, QFile::Permissions()); // nobody else may enter
+    const QString script = QDir(workspace).filePath("kestrio-updater.sh");
+    std::cout << "updater script:\n" << readTestFile(script).toStdString() << "\n--- end of script" << std::endl;
 
     // The program still runs: nothing is replaced yet.
     QThread::msleep(600);
-    EXPECT_EQ(read(installed + "/bin/kestrio"), "#!/bin/sh\necho old\n");
+    EXPECT_TRUE(readTestFile(installed + "/bin/kestrio").contains("old"));
     running.waitForFinished(10000);
 
-    EXPECT_TRUE(eventually([&] { return QFile::exists(marker); })); // the new program was started
-    EXPECT_TRUE(read(installed + "/bin/kestrio").contains("started"));
-    EXPECT_EQ(read(installed + "/share/version"), "2.0.0\n");
-    EXPECT_TRUE(eventually([&] { return !QFile::exists(script); }));
-    EXPECT_FALSE(QFile::exists(temporary.filePath("Kestrio-update.dmg")));
-    EXPECT_TRUE(QDir(temporary.path()).entryList({"Kestrio-mount-*"}, QDir::Dirs).isEmpty());
+    EXPECT_TRUE(eventually([&] { return readTestFile(started) == "new\n"; }));
+    EXPECT_TRUE(eventually([&] { return !QFile::exists(workspace); })); // download, script and all
+    EXPECT_EQ(std::get<InstallMarker>(InstallMarker::read(installed)).version, kOffered);
+    EXPECT_EQ(readTestFile(installed + "/share/kestrio/notes.txt"), "release notes\n");
+    // The old installation is gone once the new one runs; nothing else is left beside it.
+    EXPECT_EQ(besideEntries(installed), beside);
+    EXPECT_EQ(releasePagesOpened, 0);
+}
+
+TEST_F(Updater, ANewProgramThatDoesNotStartGivesWayToTheOldOne)
+{
+    ReleaseTree tree;
+    tree.add("bin/kestrio", "#!/bin/sh\nexit 1\n", true);
+    tree.mark(kOffered);
+    const QStringList before = snapshot(installed);
+    start(publish(tree.archive()));
+    ASSERT_TRUE(eventually([&] { return terminations == 1; })) << updater->state().message.toStdString();
+    running.kill();
+    EXPECT_TRUE(eventually([&] { return readTestFile(started) == "old\n"; }));
+    EXPECT_TRUE(eventually([&] { return QDir(cache).isEmpty(); }));
+    EXPECT_EQ(snapshot(installed), before);
+    EXPECT_EQ(besideEntries(installed), QStringList{"Kestrio.app"});
+}
+
+// Each hostile input fails, the installation stays as it was, and nothing is
+// left outside the private workspace, which goes too.
+TEST_F(Updater, HostileInputsAreRefused)
+{
+    struct Case {
+        const char* name;
+        std::function<QUrl()> setUp;
+        QString expected;            // the start of the failure message
+        bool transferBroken = false; // never gets as far as installing
+    };
+    const QString verify = "Failed to verify the update: ";
+    const QString unpack = "Failed to unpack the update archive: ";
+    const std::vector<Case> table{
+        {"signed with another key",
+         [this] {
+             const QByteArray archive = goodRelease();
+             return publish(archive, SigningKey().sign(archive));
+         },
+         verify + "it was signed with another key than the maker's."},
+        {"one flipped byte",
+         [this] {
+             QByteArray archive = goodRelease();
+             const QByteArray signature = makerKey().sign(archive);
+             archive[archive.size() / 2] = char(archive[archive.size() / 2] ^ 0x01);
+             return publish(archive, signature);
+         },
+         verify + "the signature does not match the archive."},
+        {"altered trusted comment",
+         [this] {
+             const QByteArray archive = goodRelease();
+             QByteArray signature = makerKey().sign(archive);
+             signature.replace("trusted comment: kestrio release", "trusted comment: kestrio release 9");
+             return publish(archive, signature);
+         },
+         verify + "the signature's trusted comment was altered."},
+        {"missing signature",
+         [this] {
+             const QUrl url = publish(goodRelease());
+             site.paths["/kestrio.tar.gz.minisig"] = {404, "Not Found"};
+             return url;
+         },
+         verify + "no signature was found at https://127.0.0.1"},
+        {"garbled signature",
+         [this] { return publish(goodRelease(), "untrusted comment: x\nnot base64\n"); },
+         verify + "the signature is not in minisign's format."},
+        {"http address",
+         [this] {
+             auto* plain = new LoopbackHttpServer;
+             plain->setParent(&site);
+             plain->body = goodRelease();
+             return plain->url("/kestrio.tar.gz");
+         },
+         "Failed to download the update: its address does not use https (http://127.0.0.1"},
+        {"file address",
+         [this] {
+             writeTestFile(home.filePath("release.tar.gz"), goodRelease());
+             return QUrl::fromLocalFile(home.filePath("release.tar.gz"));
+         },
+         "Failed to download the update: its address does not use https (file://"},
+        {"archive over the size cap",
+         [this] {
+             ReleaseTree tree;
+             addProgram(tree, started);
+             QByteArray noise(2 << 20, Qt::Uninitialized); // does not compress
+             QRandomGenerator::global()->fillRange(reinterpret_cast<quint32*>(noise.data()), noise.size() / 4);
+             tree.add("share/kestrio/large.bin", noise);
+             tree.mark(kOffered);
+             return publish(tree.archive());
+         },
+         "Failed to download the update: it is larger than the 1048576 bytes allowed.", true},
+        {"member with ..",
+         [this] {
+             ReleaseTree tree;
+             addProgram(tree, started);
+             tree.mark(kOffered);
+             writeTestFile(tree.path("escaped"), "outside\n");
+             return publish(tree.archive({"Kestrio.app", "Kestrio.app/../escaped"}, {"--absolute-names"}));
+         },
+         unpack + "it holds Kestrio.app/../escaped, outside Kestrio.app."},
+        {"absolute member",
+         [this] {
+             ReleaseTree tree;
+             addProgram(tree, started);
+             tree.mark(kOffered);
+             writeTestFile(home.filePath("planted"), "outside\n");
+             return publish(tree.archive({"Kestrio.app", home.filePath("planted")}, {"--absolute-names"}));
+         },
+         unpack + "it holds /"},
+        {"link pointing outside",
+         [this] {
+             ReleaseTree tree;
+             addProgram(tree, started);
+             tree.link("lib/libc.so", "../../../../etc/passwd");
+             tree.mark(kOffered);
+             return publish(tree.archive());
+         },
+         unpack + "the link Kestrio.app/lib/libc.so points outside Kestrio.app."},
+        {"marker of another version",
+         [this] { return publish(goodRelease("3.0.0")); },
+         verify + "the archive holds version 3.0.0, not the offered 2.0.0."},
+        {"no marker",
+         [this] {
+             ReleaseTree tree;
+             addProgram(tree, started);
+             return publish(tree.archive());
+         },
+         verify + "the archive carries no install marker (no kestrio-install.json)."},
+        {"files the marker does not list",
+         [this] {
+             ReleaseTree tree;
+             addProgram(tree, started);
+             tree.mark(kOffered);
+             tree.add("bin/extra", "#!/bin/sh\n", true);
+             return publish(tree.archive());
+         },
+         verify + "the archive does not match its own list of files (bin/extra)."},
+        {"no Kestrio.app",
+         [this] {
+             ReleaseTree tree;
+             addProgram(tree, started);
+             tree.mark(kOffered);
+             QDir().rename(tree.bundle(), tree.path("Other.app"));
+             return publish(tree.archive({"Other.app"}));
+         },
+         unpack + "it holds Other.app/, outside Kestrio.app."},
+        {"not an archive", [this] { return publish("<html><body>Not Found</body></html>"); }, unpack},
+        {"empty download", [this] { return publish({}); }, "Download completed but no file received.", true},
+        {"connection reset mid-body",
+         [this] {
+             const QUrl url = publish(goodRelease());
+             site.paths["/kestrio.tar.gz"].ending = Ending::resetMidBody;
+             return url;
+         },
+         "", true},
+    };
+    const QString parent = QFileInfo(installed).absolutePath();
+    for (const Case& c : table) {
+        SCOPED_TRACE(c.name);
+        const QStringList installation = snapshot(parent);
+        site.paths.clear();
+        states.clear();
+        start(c.setUp());
+        const QString message = failure();
+        EXPECT_TRUE(message.startsWith(c.expected)) << message.toStdString();
+        EXPECT_FALSE(message.isEmpty());
+        if (c.transferBroken) {
+            EXPECT_FALSE(states.contains(State::installing()));
+        }
+        std::cout << "| " << c.name << " | failed: " << message.toStdString() << " |" << std::endl;
+        EXPECT_TRUE(eventually([&] { return QDir(cache).isEmpty(); }))
+            << "left in the cache: " << QDir(cache).entryList().join(' ').toStdString();
+        EXPECT_EQ(snapshot(parent), installation);
+        EXPECT_EQ(terminations, 0);
+        EXPECT_EQ(releasePagesOpened, 0);
+    }
+}
+
+TEST_F(Updater, CancelAfterTheHeadersKeepsNothing)
+{
+    const QUrl url = publish(goodRelease());
+    site.paths["/kestrio.tar.gz"].ending = Ending::stalled;
+    start(url);
+    ASSERT_TRUE(site.waitForRequests(2));
+    // Half the body came.
+    ASSERT_TRUE(eventually([&] { return updater->state().progress > 0.45; })) << updater->state().progress;
+    EXPECT_LT(updater->state().progress, 0.55);
+    updater->startUpdate(url, kOffered); // ignored while downloading
+    EXPECT_TRUE(site.staysQuiet());
+    updater->cancelUpdate();
+    EXPECT_EQ(updater->state(), State::idle());
+    // The cancelled transfer then reports its cancellation like any download error.
+    EXPECT_EQ(failure(), "Operation canceled");
+    EXPECT_FALSE(states.contains(State::installing()));
+    EXPECT_TRUE(QDir(cache).isEmpty());
+    EXPECT_EQ(terminations, 0);
+
+    site.paths["/kestrio.tar.gz"].ending = Ending::whole;
+    updater->startUpdate(url, kOffered); // from failed: starts over
+    EXPECT_TRUE(eventually([&] { return terminations == 1; })) << updater->state().message.toStdString();
+}
+
+// A link planted at any name the updater once used, or might use, is never
+// written through.
+TEST_F(Updater, PlantedLinksAreNeverFollowed)
+{
+    const QString victim = home.filePath("bashrc");
+    writeTestFile(victim, "the user's own\n");
+    const QStringList names{"Kestrio-update.dmg", "Kestrio-update.tar.gz", "kestrio-updater.sh"};
+    QStringList planted;
+    for (const QString& folder : {QDir::tempPath(), cache}) {
+        for (const QString& name : names) {
+            if (QFile::link(victim, QDir(folder).filePath(name)))
+                planted << QDir(folder).filePath(name);
+        }
+    }
+    const QStringList cacheBefore = snapshot(cache);
+    start(publish(goodRelease()));
+    ASSERT_TRUE(eventually([&] { return terminations == 1; })) << updater->state().message.toStdString();
+    running.kill();
+    EXPECT_TRUE(eventually([&] { return readTestFile(started) == "new\n"; }));
+    EXPECT_EQ(readTestFile(victim), "the user's own\n");
+    EXPECT_TRUE(eventually([&] { return snapshot(cache) == cacheBefore; }));
+    for (const QString& link : planted)
+        QFile::remove(link);
+}
+
+// Installations that are not Kestrio's own to replace: the update opens the
+// release page instead, asks the server nothing and touches no file.
+TEST_F(Updater, WhatIsNotAMarkedInstallationIsLeftToItsPackageManager)
+{
+    const QString local = home.filePath(".local");
+    writeTestFile(local + "/bin/kestrio", "#!/bin/sh\n", true);
+    writeTestFile(local + "/bin/other-tool", "#!/bin/sh\n", true);
+    writeTestFile(local + "/share/other-program/data.db", "precious\n");
+    writeTestFile(local + "/share/applications/other.desktop", "[Desktop Entry]\n");
+    const QString marked = home.filePath("marked-but-shared");
+    writeTestFile(marked + "/bin/kestrio", "#!/bin/sh\n", true);
+    std::get<InstallMarker>(InstallMarker::describe(marked, "1.0.0")).write(marked);
+    writeTestFile(marked + "/share/notes/mine.txt", "the user's\n"); // added after the release
+
+    struct Case {
+        const char* name;
+        std::optional<QString> installation;
+    };
+    for (const Case& c : {Case{"a system package (no installation found)", std::nullopt},
+                          Case{"a ~/.local-like prefix without the marker", local},
+                          Case{"a marked prefix holding files the release did not put there", marked}}) {
+        SCOPED_TRACE(c.name);
+        const QStringList before = snapshot(home.path());
+        environment.installedBundle = c.installation;
+        releasePagesOpened = 0;
+        start(publish(goodRelease()));
+        EXPECT_EQ(updater->state(), State::failed("This copy of Kestrio is updated by its package manager, not by "
+                                                  "Kestrio itself. The release page opens in your browser."));
+        EXPECT_EQ(releasePagesOpened, 1);
+        EXPECT_TRUE(site.staysQuiet(100));
+        EXPECT_TRUE(site.requests.isEmpty());
+        EXPECT_EQ(snapshot(home.path()), before);
+    }
 }
 
 TEST_F(Updater, TheScriptQuotesEveryPathForTheShell)
 {
-    const QString script = SelfUpdater::updaterScript(packaging, 4242, installed, "/tmp/m/Kestrio.app", "/tmp/m",
-                                                      "/tmp/Kestrio-update.dmg", "/tmp/kestrio-updater.sh");
+    const QString script = SelfUpdater::updaterScript(packaging, {4242, installed, "/tmp/s't'", "/tmp/$w"});
     EXPECT_TRUE(script.startsWith("#!/bin/bash\n# Wait for the current app to quit\nwhile kill -0 4242 2>/dev/null; do\n"
-                                  "    sleep 0.2\ndone\n# Replace the app\nrm -rf "));
+                                  "    sleep 0.2\ndone\n"));
+    EXPECT_TRUE(script.contains("\nstaging='/tmp/s'\\''t'\\'''\n"));
     EXPECT_FALSE(script.endsWith('\n'));
     // The shell reads each quoted path back exactly.
     QProcess shell;
     shell.start("/bin/bash", {"-c", "printf '%s' " + SelfUpdater::shellQuoted(installed)});
     shell.waitForFinished();
     EXPECT_EQ(QString::fromUtf8(shell.readAllStandardOutput()), installed);
-}
-
-TEST_F(Updater, AnErrorPageFailsToMount)
-{
-    site.status = 404;
-    site.body = "<html><body>Not Found</body></html>";
-    updater->startUpdate(site.url("/missing.tar.gz"));
-    EXPECT_TRUE(failure().startsWith("Failed to mount DMG: ")) << updater->state().message.toStdString();
-    EXPECT_TRUE(QFile::exists(temporary.filePath("Kestrio-update.dmg"))); // left for the next attempt
-    EXPECT_EQ(terminations, 0);
-}
-
-TEST_F(Updater, AnArchiveWithoutKestrioAppIsRefusedAndLeavesNothingMounted)
-{
-    site.body = releaseArchive("Other.app", marker);
-    updater->startUpdate(site.url("/other.tar.gz"));
-    EXPECT_EQ(failure(), "Kestrio.app not found in DMG.");
-    EXPECT_TRUE(QDir(temporary.path()).entryList({"Kestrio-mount-*"}, QDir::Dirs).isEmpty());
-}
-
-TEST_F(Updater, AnUnwritableScriptIsAFailure)
-{
-    QDir().mkpath(temporary.filePath("kestrio-updater.sh/in-the-way"));
-    site.body = releaseArchive("Kestrio.app", marker);
-    updater->startUpdate(site.url("/kestrio.tar.gz"));
-    EXPECT_TRUE(failure().startsWith("Failed to create updater script: "));
-    EXPECT_TRUE(QDir(temporary.path()).entryList({"Kestrio-mount-*"}, QDir::Dirs).isEmpty());
-    EXPECT_EQ(read(installed + "/bin/kestrio"), "#!/bin/sh\necho old\n");
-}
-
-TEST_F(Updater, ADownloadErrorAndARetry)
-{
-    QTcpServer closed;
-    closed.listen(QHostAddress::LocalHost, 0);
-    const QUrl nowhere(QStringLiteral("http://127.0.0.1:%1/k.tar.gz").arg(closed.serverPort()));
-    closed.close();
-    updater->startUpdate(nowhere);
-    EXPECT_FALSE(failure().isEmpty());
-    site.body = releaseArchive("Kestrio.app", marker);
-    updater->startUpdate(site.url("/kestrio.tar.gz")); // from failed: starts over
-    EXPECT_TRUE(eventually([&] { return terminations == 1; }));
-}
-
-TEST_F(Updater, CancelAndStartsWhileBusy)
-{
-    site.answer = false; // the download never ends by itself
-    updater->startUpdate(site.url("/slow.tar.gz"));
-    ASSERT_TRUE(site.waitForRequests(1));
-    updater->startUpdate(site.url("/other.tar.gz")); // ignored while downloading
-    EXPECT_TRUE(site.staysQuiet());
-    updater->cancelUpdate();
-    EXPECT_EQ(updater->state(), State::idle());
-    // The cancelled download then reports its cancellation like any error.
-    EXPECT_FALSE(failure().isEmpty());
-}
-
-TEST_F(Updater, AProgramNotRunFromAnInstallationIsNotUpdated)
-{
-    SelfUpdater notInstalled(packaging, SelfUpdater::Environment{temporary.path(), std::nullopt, 1, [] {}});
-    notInstalled.startUpdate(site.url("/k.tar.gz"));
-    EXPECT_EQ(notInstalled.state().kind, State::Kind::failed);
-    EXPECT_TRUE(site.staysQuiet());
+    // And the script as a whole is valid shell.
+    QProcess check;
+    check.start("/bin/bash", {"-n"});
+    check.write(script.toUtf8());
+    check.closeWriteChannel();
+    check.waitForFinished();
+    EXPECT_EQ(check.exitCode(), 0) << check.readAllStandardError().toStdString();
 }
 
 TEST(RunTool, CollectsAllOutputAndTheStatus)

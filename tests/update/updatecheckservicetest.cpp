@@ -32,7 +32,7 @@ QString relativeVersion(int delta)
 
 class Checker : public testing::Test {
 protected:
-    LoopbackHttpServer site;
+    LoopbackHttpServer site{LoopbackHttpServer::Scheme::https};
     TempSettings settings;
     TestTelemetry telemetry{settings.store()};
     NotificationHub hub;
@@ -93,13 +93,33 @@ TEST_F(Checker, Failures)
     EXPECT_EQ(failure(check()), "The update server returned an invalid response.");
 }
 
+TEST_F(Checker, ABodyCutShortIsANetworkErrorNotADecodingOne)
+{
+    site.paths["/apps/kestrio/latest.json"] = {200, manifest("9.9.9"), LoopbackAnswer::Ending::resetMidBody};
+    const QString message = failure(check());
+    EXPECT_TRUE(message.startsWith("Network error: ")) << message.toStdString();
+}
+
+TEST_F(Checker, OnlyHttpsIsAsked)
+{
+    LoopbackHttpServer plain;
+    plain.body = manifest("9.9.9");
+    UpdateCheckService overHttp(plain.url("/latest.json"), settings.store(), telemetry.analytics, hub, telemetry.system,
+                                telemetry.clock);
+    std::optional<UpdateCheckService::Outcome> outcome;
+    overHttp.checkForUpdates([&](const UpdateCheckService::Outcome& o) { outcome = o; });
+    ASSERT_TRUE(eventually([&] { return outcome.has_value(); }));
+    EXPECT_TRUE(failure(*outcome).startsWith("Network error: ")) << failure(*outcome).toStdString();
+    EXPECT_TRUE(plain.requests.isEmpty());
+}
+
 TEST_F(Checker, ConnectionRefusedIsANetworkError)
 {
     QTcpServer closed;
     closed.listen(QHostAddress::LocalHost, 0);
     const quint16 port = closed.serverPort();
     closed.close();
-    UpdateCheckService nowhere(QUrl(QStringLiteral("http://127.0.0.1:%1/latest.json").arg(port)), settings.store(),
+    UpdateCheckService nowhere(QUrl(QStringLiteral("https://127.0.0.1:%1/latest.json").arg(port)), settings.store(),
                                telemetry.analytics, hub, telemetry.system, telemetry.clock);
     std::optional<UpdateCheckService::Outcome> outcome;
     nowhere.checkForUpdates([&](const UpdateCheckService::Outcome& o) { outcome = o; });
