@@ -2,7 +2,7 @@
 // scripts and tests: the same code the application runs.
 #include "menu/accessibilityservice.h"
 #include "menu/pressmenuitem.h"
-#include "platform/linux/atspiaccessibility.h"
+#include "platform/linux/atspi/atspiaccessibility.h"
 #include "search/usagetracker.h"
 #include "update/installmarker.h"
 

@@ -2,7 +2,7 @@
 // each time, so nothing is cached) and warm (the reader's two-second cache),
 // and prints milliseconds per application.
 #include "menu/accessibilityservice.h"
-#include "platform/linux/atspiaccessibility.h"
+#include "platform/linux/atspi/atspiaccessibility.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/accessibility.h"
-#include "platform/linux/atspibus.h"
-#include "platform/linux/x11windows.h"
+#include "platform/linux/atspi/atspibus.h"
+#include "platform/linux/x11/x11windows.h"
 
 #include <QHash>
 #include <QMutex>

@@ -1,7 +1,7 @@
-#include "platform/linux/x11keyboardtap.h"
+#include "platform/linux/x11/x11keyboardtap.h"
 
 #include "hotkey/hotkeymode.h"
-#include "platform/linux/evdevkeymap.h"
+#include "platform/linux/evdev/evdevkeymap.h"
 
 #include <QSocketNotifier>
 

@@ -1,8 +1,8 @@
-#include "platform/linux/atspiaccessibility.h"
+#include "platform/linux/atspi/atspiaccessibility.h"
 
 #include "platform/clock.h"
-#include "platform/linux/atspielement.h"
-#include "platform/linux/atspimenureader.h"
+#include "platform/linux/atspi/atspielement.h"
+#include "platform/linux/atspi/atspimenureader.h"
 
 #include <QCoreApplication>
 #include <QDBusMessage>

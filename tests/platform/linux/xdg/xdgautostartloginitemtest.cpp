@@ -1,4 +1,4 @@
-#include "platform/linux/xdgautostartloginitem.h"
+#include "platform/linux/xdg/xdgautostartloginitem.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "platform/linux/keybinding.h"
+#include "platform/linux/atspi/keybinding.h"
 
 #include <QHash>
 #include <QStringList>

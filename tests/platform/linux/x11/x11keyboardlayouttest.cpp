@@ -1,4 +1,4 @@
-#include "platform/linux/x11keyboardlayout.h"
+#include "platform/linux/x11/x11keyboardlayout.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "hotkey/hotkeymode.h"
-#include "platform/linux/evdevkeymap.h"
-#include "platform/linux/x11keyboardtap.h"
+#include "platform/linux/evdev/evdevkeymap.h"
+#include "platform/linux/x11/x11keyboardtap.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "platform/linux/x11workspace.h"
+#include "platform/linux/x11/x11workspace.h"
 
 #include "platform/accessibility.h"
 

@@ -1,9 +1,9 @@
-#include "platform/linux/atspimenureader.h"
+#include "platform/linux/atspi/atspimenureader.h"
 
 #include "platform/accessibility.h"
 #include "platform/clock.h"
-#include "platform/linux/atspielement.h"
-#include "platform/linux/keybinding.h"
+#include "platform/linux/atspi/atspielement.h"
+#include "platform/linux/atspi/keybinding.h"
 
 #include <QDBusArgument>
 #include <QDBusObjectPath>

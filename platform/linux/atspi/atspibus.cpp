@@ -1,4 +1,4 @@
-#include "platform/linux/atspibus.h"
+#include "platform/linux/atspi/atspibus.h"
 
 #include <QDBusArgument>
 #include <QDBusError>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/accessibilityelement.h"
-#include "platform/linux/atspibus.h"
+#include "platform/linux/atspi/atspibus.h"
 
 #include <QHash>
 

@@ -1,5 +1,5 @@
 #include "menu/shortcuttext.h"
-#include "platform/linux/keybinding.h"
+#include "platform/linux/atspi/keybinding.h"
 
 #include <gtest/gtest.h>
 

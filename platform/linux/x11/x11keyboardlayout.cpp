@@ -1,6 +1,6 @@
-#include "platform/linux/x11keyboardlayout.h"
+#include "platform/linux/x11/x11keyboardlayout.h"
 
-#include "platform/linux/evdevkeymap.h"
+#include "platform/linux/evdev/evdevkeymap.h"
 
 #include <X11/XKBlib.h>
 #include <X11/Xlib.h>

@@ -1,4 +1,4 @@
-#include "platform/linux/x11desktopwindows.h"
+#include "platform/linux/x11/x11desktopwindows.h"
 
 std::optional<unsigned long> X11DesktopWindows::windowOf(const RunningApplication& app)
 {

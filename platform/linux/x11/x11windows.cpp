@@ -1,4 +1,4 @@
-#include "platform/linux/x11windows.h"
+#include "platform/linux/x11/x11windows.h"
 
 #include <QFileInfo>
 

@@ -1,4 +1,4 @@
-#include "platform/linux/evdevkeymap.h"
+#include "platform/linux/evdev/evdevkeymap.h"
 
 #include <array>
 #include <utility>

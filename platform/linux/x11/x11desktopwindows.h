@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/desktopwindows.h"
-#include "platform/linux/x11windows.h"
+#include "platform/linux/x11/x11windows.h"
 
 // DesktopWindows through the window manager's EWMH hints.
 class X11DesktopWindows final : public DesktopWindows {

@@ -1,0 +1,216 @@
+// With a stopped (frozen) application on the desktop, measures what the user
+// feels: how long the main thread goes without running while the focus moves
+// between the frozen and a live application, how long a double tap takes to
+// show the panel over either, and how long until the live one's menus show.
+//   kestrio-frozen-bench FROZEN_PID LIVE_PID
+// Runs the real controller with the real platform backends, a double tap of
+// Alt ("doubleTapOption") injected with XTest.
+#include "app/appdelegate.h"
+#include "app/notificationhub.h"
+#include "app/settingsstore.h"
+#include "hotkey/hotkeymode.h"
+#include "hotkey/hotkeyservice.h"
+#include "platform/accessibility.h"
+#include "platform/clock.h"
+#include "platform/desktopwindows.h"
+#include "platform/hotkeyplatform.h"
+#include "platform/workspace.h"
+#include "search/searchpanel.h"
+#include "search/searchpanelcontroller.h"
+#include "search/searchviewmodel.h"
+#include "telemetry/analyticsservice.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <X11/Xlib.h>
+#include <X11/extensions/XTest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+
+namespace {
+
+double median(std::vector<double> v)
+{
+    std::sort(v.begin(), v.end());
+    return v.empty() ? 0 : v[v.size() / 2];
+}
+
+double largest(const std::vector<double>& v)
+{
+    return v.empty() ? 0 : *std::max_element(v.begin(), v.end());
+}
+
+struct PaintWatch : QObject {
+    std::function<void()> onPaint;
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::UpdateRequest && onPaint)
+            QTimer::singleShot(0, this, onPaint); // after the update has been drawn
+        return false;
+    }
+};
+
+// Steps that run one after another on the event loop, each after a delay.
+class Script : public QObject {
+public:
+    void then(int delayMs, std::function<void()> step) { steps_.push_back({delayMs, std::move(step)}); }
+    void run()
+    {
+        if (next_ >= steps_.size())
+            return;
+        const auto& [delay, step] = steps_[next_++];
+        QTimer::singleShot(delay, this, [this, step] {
+            step();
+            run();
+        });
+    }
+
+private:
+    std::vector<std::pair<int, std::function<void()>>> steps_;
+    size_t next_ = 0;
+};
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QApplication app(argc, argv);
+    app.setQuitOnLastWindowClosed(false);
+    if (argc != 3) {
+        std::fprintf(stderr, "usage: kestrio-frozen-bench FROZEN_PID LIVE_PID\n");
+        return 64;
+    }
+    const qint32 frozenPid = QByteArray(argv[1]).toInt();
+    const qint32 livePid = QByteArray(argv[2]).toInt();
+
+    QTemporaryDir home;
+    SettingsStore settings(home.filePath(QStringLiteral("settings.json")));
+    settings.setBool(SettingsKey::hasLaunchedBefore, true);
+    saveHotkeyMode(HotkeyMode::doubleTapOption, settings);
+    HotkeyService hotkey(HotkeyPlatform::current(), settings, Clock::monotonic());
+    NotificationHub hub;
+    AppDelegate delegate(AppDelegate::Services{settings, hotkey, AnalyticsService::shared(), Accessibility::current(),
+                                               DesktopWindows::current(), Workspace::current(), hub, [] {}, {}, {},
+                                               QStringLiteral("kestrio"), {}});
+    delegate.applicationDidFinishLaunching();
+
+    // The main thread's pulse: a 5 ms timer, and the longest wait between two ticks.
+    QElapsedTimer pulse;
+    double longestGap = 0;
+    bool measuringGaps = false;
+    QTimer ticker;
+    ticker.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&ticker, &QTimer::timeout, [&] {
+        const double gap = double(pulse.nsecsElapsed()) / 1e6;
+        pulse.start();
+        if (measuringGaps)
+            longestGap = std::max(longestGap, gap);
+    });
+    pulse.start();
+    ticker.start(5);
+
+    Display* display = XOpenDisplay(nullptr);
+    const KeyCode alt = XKeysymToKeycode(display, XStringToKeysym("Alt_L"));
+    QElapsedTimer sinceTap;
+    auto doubleTap = [&] {
+        auto key = [&](bool down) {
+            XTestFakeKeyEvent(display, alt, down ? True : False, CurrentTime);
+            XFlush(display);
+        };
+        key(true);
+        key(false);
+        key(true);
+        sinceTap.start();
+        key(false);
+    };
+    auto activate = [&](qint32 pid) { DesktopWindows::current().activate(RunningApplication{pid, {}, {}}); };
+
+    PaintWatch watch;
+    std::vector<double> frozenPanel, livePanel, liveResults, tapGaps;
+    auto watchPanel = [&](std::vector<double>* firstPaint, std::vector<double>* results) {
+        SearchPanelController* controller = delegate.searchPanelController();
+        if (!controller || !controller->panel())
+            return;
+        controller->panel()->installEventFilter(&watch);
+        auto painted = std::make_shared<bool>(false), shown = std::make_shared<bool>(false);
+        watch.onPaint = [&delegate, firstPaint, results, painted, shown, &sinceTap] {
+            SearchPanelController* c = delegate.searchPanelController();
+            if (!c)
+                return;
+            const double ms = double(sinceTap.nsecsElapsed()) / 1e6;
+            if (!*painted) {
+                *painted = true;
+                firstPaint->push_back(ms);
+            }
+            if (results && !*shown && !c->searchViewModel()->isLoading() && !c->searchViewModel()->menuItems().isEmpty()) {
+                *shown = true;
+                results->push_back(ms);
+            }
+        };
+    };
+    std::vector<double>* pendingFirst = nullptr;
+    std::vector<double>* pendingResults = nullptr;
+    hotkey.onActivate = [&] {
+        delegate.toggleSearchPanel();
+        watchPanel(pendingFirst, pendingResults);
+    };
+
+    Script script;
+    // Focus moves 12 times between the frozen and the live application.
+    script.then(500, [&] { measuringGaps = true; });
+    for (int i = 0; i < 12; ++i)
+        script.then(150, [&, i] { activate(i % 2 == 0 ? frozenPid : livePid); });
+    double focusGap = 0;
+    script.then(400, [&] {
+        measuringGaps = false;
+        focusGap = longestGap;
+    });
+    constexpr int kRounds = 5;
+    for (int round = 0; round < kRounds; ++round) {
+        script.then(300, [&] { activate(frozenPid); });
+        script.then(400, [&] {
+            pendingFirst = &frozenPanel;
+            pendingResults = nullptr;
+            longestGap = 0;
+            measuringGaps = true;
+            doubleTap();
+        });
+        script.then(1200, [&] {
+            tapGaps.push_back(longestGap);
+            measuringGaps = false;
+            if (delegate.searchPanelController())
+                delegate.searchPanelController()->dismiss();
+        });
+        script.then(300, [&] { activate(livePid); });
+        script.then(400, [&] {
+            pendingFirst = &livePanel;
+            pendingResults = &liveResults;
+            doubleTap();
+        });
+        script.then(1200, [&] {
+            if (delegate.searchPanelController())
+                delegate.searchPanelController()->dismiss();
+        });
+    }
+    script.then(100, [&] {
+        std::printf("frozen application: pid %d (stopped); live application: pid %d\n", frozenPid, livePid);
+        std::printf("longest main-thread gap, focus switched 12 times:   %7.1f ms (5 ms timer)\n", focusGap);
+        std::printf("second tap → panel's first paint, frozen app:       median %7.1f ms, max %7.1f ms (%zu of %d)\n",
+                    median(frozenPanel), largest(frozenPanel), frozenPanel.size(), kRounds);
+        std::printf("longest main-thread gap after the tap, frozen app:  median %7.1f ms, max %7.1f ms\n",
+                    median(tapGaps), largest(tapGaps));
+        std::printf("second tap → panel's first paint, live app:         median %7.1f ms, max %7.1f ms (%zu of %d)\n",
+                    median(livePanel), largest(livePanel), livePanel.size(), kRounds);
+        std::printf("second tap → live app's menu items painted:         median %7.1f ms, max %7.1f ms (%zu of %d)\n",
+                    median(liveResults), largest(liveResults), liveResults.size(), kRounds);
+        std::fflush(stdout);
+        app.quit();
+    });
+    script.run();
+    return app.exec();
+}
