@@ -51,6 +51,14 @@ void AppDelegate::setSearchServices(const SearchServices& services)
 
 void AppDelegate::applicationDidFinishLaunching()
 {
+    // Several steps ask whether other applications may be read, which the
+    // platform finds out without holding up the event loop: they run once it
+    // knows (at once where it always does).
+    services_.accessibility.afterTrustIsKnown(this, [this] { startUp(); });
+}
+
+void AppDelegate::startUp()
+{
     // 1. No window but the onboarding and the settings stays from before the start.
     for (QWidget* window : QApplication::topLevelWidgets()) {
         if (window != onboardingWindow_ && window != settingsWindow_ && window->isVisible())
@@ -330,6 +338,14 @@ QWidget* AppDelegate::makeWindow(const QString& title, QSize size, QWidget* cont
 
 void AppDelegate::showOnboarding()
 {
+    // One welcome at a time: asking again brings it forward.
+    if (onboardingWindow_ && onboardingWindow_->isVisible()) {
+        onboardingWindow_->raise();
+        onboardingWindow_->activateWindow();
+        services_.windows.activateOwnWindow(onboardingWindow_->winId());
+        return;
+    }
+    delete onboardingWindow_;
     QPointer<AppDelegate> self(this);
     auto* view = new OnboardingView(accessibilityService_, [self] {
         if (!self || !self->onboardingWindow_)
@@ -338,4 +354,6 @@ void AppDelegate::showOnboarding()
         self->onboardingWindow_ = nullptr;
     });
     onboardingWindow_ = makeWindow(QStringLiteral("Welcome to Kestrio"), QSize(480, 360), view);
+    // Closed in any way, it goes, and its permission poll with it.
+    onboardingWindow_->setAttribute(Qt::WA_DeleteOnClose, true);
 }

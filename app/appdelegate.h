@@ -86,6 +86,7 @@ public:
     void setSearchServices(const SearchServices& services);
 
 private:
+    void startUp();
     void setupStatusItem();
     void updateStatusItemVisibility();
     void setupHotkeyService();

@@ -32,8 +32,8 @@ void err(const QString& text)
 int usage()
 {
     err(QStringLiteral("usage: kestrioctl apps\n"
-                       "       kestrioctl menus [--pid N | --name NAME | --active] [--json]\n"
-                       "       kestrioctl press (--pid N | --name NAME | --active) \"Menu → Item\"\n"
+                       "       kestrioctl menus [--pid N | --name NAME | --window ID | --active] [--json]\n"
+                       "       kestrioctl press (--pid N | --name NAME | --window ID | --active) \"Menu → Item\"\n"
                        "       kestrioctl mark-install FOLDER VERSION   (release tooling: makes FOLDER a\n"
                        "                                                self-updatable installation)\n"));
     return kUsage;
@@ -48,8 +48,17 @@ Target resolveTarget(AtspiAccessibility& ax, const QStringList& args)
 {
     const qsizetype pidAt = args.indexOf(QStringLiteral("--pid"));
     const qsizetype nameAt = args.indexOf(QStringLiteral("--name"));
+    const qsizetype windowAt = args.indexOf(QStringLiteral("--window"));
     std::optional<qint32> pid;
-    if (pidAt >= 0) {
+    if (windowAt >= 0) {
+        bool ok = false;
+        const unsigned long window = args.value(windowAt + 1).toULong(&ok, 0);
+        if (!ok)
+            return {std::nullopt, QStringLiteral("--window needs a window id")};
+        if (auto app = ax.runningApplication(window))
+            return {app, {}};
+        return {std::nullopt, QStringLiteral("Window %1 belongs to no known process.").arg(window)};
+    } else if (pidAt >= 0) {
         bool ok = false;
         pid = args.value(pidAt + 1).toInt(&ok);
         if (!ok)
@@ -72,10 +81,11 @@ Target resolveTarget(AtspiAccessibility& ax, const QStringList& args)
     // Name the application as the panel would, from its window where it has one.
     if (auto app = ax.runningApplicationOf(*pid))
         return {app, {}};
-    const auto info = ax.application(*pid);
-    if (!info)
-        return {std::nullopt, QStringLiteral("Process %1 is not on the accessibility bus.").arg(*pid)};
-    return {RunningApplication{*pid, info->name, std::nullopt}, {}};
+    for (const auto& info : ax.applications()) {
+        if (info.pid == *pid)
+            return {RunningApplication{*pid, info.name, std::nullopt}, {}};
+    }
+    return {std::nullopt, QStringLiteral("Process %1 is not on the accessibility bus.").arg(*pid)};
 }
 
 int apps(AtspiAccessibility& ax)

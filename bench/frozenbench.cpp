@@ -155,14 +155,20 @@ int main(int argc, char** argv)
     };
     std::vector<double>* pendingFirst = nullptr;
     std::vector<double>* pendingResults = nullptr;
-    hotkey.onActivate = [&] {
-        delegate.toggleSearchPanel();
-        watchPanel(pendingFirst, pendingResults);
+    auto watchActivations = [&] {
+        hotkey.onActivate = [&] {
+            delegate.toggleSearchPanel();
+            watchPanel(pendingFirst, pendingResults);
+        };
     };
 
     Script script;
     // Focus moves 12 times between the frozen and the live application.
-    script.then(500, [&] { measuringGaps = true; });
+    // The controller starts once the platform knows about trust; by now it has.
+    script.then(500, [&] {
+        watchActivations();
+        measuringGaps = true;
+    });
     for (int i = 0; i < 12; ++i)
         script.then(150, [&, i] { activate(i % 2 == 0 ? frozenPid : livePid); });
     double focusGap = 0;

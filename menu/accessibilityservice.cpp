@@ -1,8 +1,12 @@
 #include "menu/accessibilityservice.h"
 
+#include "menu/pressmenuitem.h"
 #include "menu/shortcuttext.h"
 #include "platform/accessibility.h"
 #include "platform/clock.h"
+#include "search/usagetracker.h"
+
+#include <QPointer>
 
 AccessibilityService::AccessibilityService(Accessibility& accessibility)
     : AccessibilityService(accessibility, Clock::wall())
@@ -12,6 +16,40 @@ AccessibilityService::AccessibilityService(Accessibility& accessibility)
 AccessibilityService::AccessibilityService(Accessibility& accessibility, const Clock& wallClock)
     : accessibility_(accessibility), clock_(wallClock)
 {
+    pool_.setMaxThreadCount(kMaxConcurrent);
+}
+
+AccessibilityService::~AccessibilityService()
+{
+    // What runs holds this reader: it ends (each call has a time-out) before
+    // the reader goes; what has not started yet never will.
+    pool_.clear();
+    pool_.waitForDone();
+}
+
+void AccessibilityService::readMenuItems(const std::optional<RunningApplication>& target, QObject* context,
+                                         std::function<void(const QList<MenuItem>&)> done)
+{
+    QPointer<QObject> receiver(context);
+    pool_.start([this, target, receiver, done = std::move(done)] {
+        QList<MenuItem> items = getMenuItems(target);
+        QMetaObject::invokeMethod(&deliveries_, [receiver, done, items = std::move(items)] {
+            if (receiver && done)
+                done(items);
+        }, Qt::QueuedConnection);
+    }, QThread::HighPriority);
+}
+
+void AccessibilityService::press(const MenuItem& item, UsageTracker& usage)
+{
+    UsageTracker* tracker = &usage; // lives as long as the program (or the test)
+    pool_.start([this, item, tracker] {
+        pressMenuItem(item, accessibility_, [this, tracker](const QString& bundle, const QString& path) {
+            // The history belongs to the UI thread.
+            QMetaObject::invokeMethod(&deliveries_, [tracker, bundle, path] { tracker->recordUsage(bundle, path); },
+                                      Qt::QueuedConnection);
+        });
+    }, QThread::HighPriority);
 }
 
 std::optional<CachedMenuItems> AccessibilityService::cache() const
@@ -26,16 +64,18 @@ QList<MenuItem> AccessibilityService::getMenuItems(const std::optional<RunningAp
     if (!app)
         return {};
     const qint32 pid = app->processIdentifier;
+    const std::optional<quint64> window = app->window;
     const QString appName = app->localizedName.value_or(QStringLiteral("Unknown"));
     const std::optional<QString> bundleID = app->bundleIdentifier;
 
     {
         QMutexLocker lock(&cacheMutex_);
-        if (cache_ && cache_->pid == pid && clock_.seconds() - cache_->timestamp < cacheTTL)
+        if (cache_ && cache_->pid == pid && cache_->window == window && clock_.seconds() - cache_->timestamp < cacheTTL)
             return cache_->items;
     }
 
-    const AttributeRead menuBar = accessibility_.copyAttributeValue(accessibility_.applicationElement(pid), AXName::menuBar);
+    const AttributeRead menuBar =
+        accessibility_.copyAttributeValue(accessibility_.applicationElement(pid, window), AXName::menuBar);
     const auto* bar = menuBar.as<AccessibilityElementRef>();
     if (!bar || !*bar)
         return {};
@@ -50,8 +90,12 @@ QList<MenuItem> AccessibilityService::getMenuItems(const std::optional<RunningAp
         collectMenuItems(menus[i], {title}, appName, bundleID, result);
     }
 
+    // A reading the application left half-done is shown, but not kept as its menus.
+    const AttributeRead complete = accessibility_.copyAttributeValue(*bar, AXName::readComplete);
+    if (const bool* done = complete.as<bool>(); done && !*done)
+        return result;
     QMutexLocker lock(&cacheMutex_);
-    cache_ = CachedMenuItems{result, clock_.seconds(), pid};
+    cache_ = CachedMenuItems{result, clock_.seconds(), pid, window};
     return result;
 }
 

@@ -5,25 +5,39 @@
 
 #include <QList>
 #include <QMutex>
+#include <QObject>
+#include <QThreadPool>
 
+#include <functional>
 #include <optional>
 
 class Accessibility;
 class Clock;
+class UsageTracker;
 
 // The last complete reading of one application's menus.
 struct CachedMenuItems {
     QList<MenuItem> items;
     double timestamp = 0; // wall-clock seconds when the walk finished
     qint32 pid = 0;
+    std::optional<quint64> window; // the window whose menu bar was read, where the platform knows it
 };
 
 // Turns another application's menu bar into a flat list of menu items,
-// keeping the last reading for a short while.
+// keeping the last complete reading for a short while. Readings and presses
+// wait on other applications, so they run on a pool of this reader's own,
+// wide enough that readings stuck on frozen applications never hold up a new
+// one; the reader waits for them before it goes.
 class AccessibilityService {
 public:
+    // Readings and presses at once; a frozen application holds one for its time-outs.
+    static constexpr int kMaxConcurrent = 16;
+
     explicit AccessibilityService(Accessibility& accessibility);
     AccessibilityService(Accessibility& accessibility, const Clock& wallClock);
+    ~AccessibilityService();
+    AccessibilityService(const AccessibilityService&) = delete;
+    AccessibilityService& operator=(const AccessibilityService&) = delete;
 
     const double cacheTTL = 2.0;
 
@@ -31,6 +45,13 @@ public:
     // menus, depth first. Never fails: problems give a shorter or empty list.
     // Blocking; safe to call from several threads at once.
     QList<MenuItem> getMenuItems(const std::optional<RunningApplication>& target);
+    // The same on the pool: `done` runs on the UI thread with the items,
+    // unless `context` is gone by then.
+    void readMenuItems(const std::optional<RunningApplication>& target, QObject* context,
+                       std::function<void(const QList<MenuItem>&)> done);
+    // Presses the item on the pool; a use is recorded with `usage` (which
+    // outlives this reader), on the UI thread, when the press worked.
+    void press(const MenuItem& item, UsageTracker& usage);
 
     void openAccessibilitySettings();
 
@@ -51,4 +72,6 @@ private:
     const Clock& clock_;
     mutable QMutex cacheMutex_;
     std::optional<CachedMenuItems> cache_;
+    QObject deliveries_; // results queued for the UI thread die with it
+    QThreadPool pool_;   // declared last: waited for before anything above goes
 };

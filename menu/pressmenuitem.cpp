@@ -4,7 +4,7 @@
 #include "platform/accessibility.h"
 #include "search/usagetracker.h"
 
-bool pressMenuItem(const MenuItem& item, Accessibility& accessibility, UsageTracker& tracker)
+bool pressMenuItem(const MenuItem& item, Accessibility& accessibility, const RecordUse& recordUse)
 {
     if (!item.axElement)
         return false;
@@ -18,6 +18,12 @@ bool pressMenuItem(const MenuItem& item, Accessibility& accessibility, UsageTrac
     const AccessibilityError pressed = accessibility.performAction(item.axElement, AXName::press);
     if (pressed != AccessibilityError::success || disabled)
         return false;
-    tracker.recordUsage(item.appBundleID.value_or(QStringLiteral("unknown")), item.pathKey());
+    recordUse(item.appBundleID.value_or(QStringLiteral("unknown")), item.pathKey());
     return true;
+}
+
+bool pressMenuItem(const MenuItem& item, Accessibility& accessibility, UsageTracker& tracker)
+{
+    return pressMenuItem(item, accessibility,
+                         [&tracker](const QString& bundle, const QString& path) { tracker.recordUsage(bundle, path); });
 }

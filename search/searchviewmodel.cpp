@@ -92,8 +92,7 @@ SearchViewModel::SearchViewModel(AccessibilityService& accessibilityService,
       accessibilityService_(accessibilityService),
       targetApp_(std::move(targetApp)),
       onDismiss_(std::move(onDismiss)),
-      services_(std::move(services)),
-      alive_(std::make_shared<std::atomic<bool>>(true))
+      services_(std::move(services))
 {
     if (!services_.usage)
         services_.usage = &UsageTracker::shared();
@@ -101,37 +100,24 @@ SearchViewModel::SearchViewModel(AccessibilityService& accessibilityService,
         services_.analytics = &AnalyticsService::shared();
     if (!services_.press) {
         services_.press = [reader = &accessibilityService_, usage = services_.usage](const MenuItem& item) {
-            return pressMenuItem(item, reader->accessibility(), *usage);
+            reader->press(item, *usage); // waits on the target: never here on the UI thread
+            return true;
         };
     }
     loadMenuItems();
 }
 
-SearchViewModel::~SearchViewModel()
-{
-    *alive_ = false;
-}
+SearchViewModel::~SearchViewModel() = default;
 
 void SearchViewModel::loadMenuItems()
 {
     setIsLoading(true);
-    // The reading blocks on other applications, so it runs on a worker; it
-    // holds the model only weakly and hands the result to the main thread.
-    QPointer<SearchViewModel> self(this);
-    std::shared_ptr<std::atomic<bool>> alive = alive_;
-    AccessibilityService* reader = &accessibilityService_;
-    const std::optional<RunningApplication> target = targetApp_;
-    QThreadPool::globalInstance()->start([self, alive, reader, target] {
-        if (!*alive)
-            return;
-        QList<MenuItem> items = reader->getMenuItems(target);
-        QMetaObject::invokeMethod(QCoreApplication::instance(), [self, items = std::move(items)] {
-            if (!self)
-                return;
-            self->setMenuItems(items);
-            self->setIsLoading(false);
-        }, Qt::QueuedConnection);
-    }, QThread::HighPriority);
+    // The reading waits on another application, so the reader runs it on its
+    // pool and hands the result back here, unless this model is gone by then.
+    accessibilityService_.readMenuItems(targetApp_, this, [this](const QList<MenuItem>& items) {
+        setMenuItems(items);
+        setIsLoading(false);
+    });
 }
 
 void SearchViewModel::setMenuItems(const QList<MenuItem>& items)

@@ -113,5 +113,4 @@ private:
     mutable std::vector<qint64> usageCounts_;
     mutable quint64 usageGeneration_ = ~quint64(0);
 
-    std::shared_ptr<std::atomic<bool>> alive_;
 };

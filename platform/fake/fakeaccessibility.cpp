@@ -68,25 +68,45 @@ std::shared_ptr<FakeElement> FakeElement::withRole(const QString& role, const QS
     return element(role, title);
 }
 
-void FakeAccessibility::addApplication(qint32 pid, std::shared_ptr<FakeElement> menuBar)
+void FakeAccessibility::addApplication(qint32 pid, std::shared_ptr<FakeElement> menuBar, std::optional<quint64> window)
 {
     auto app = std::make_shared<FakeElement>();
     app->set(QStringLiteral("AXRole"), QStringLiteral("AXApplication"));
     if (menuBar)
         app->set(AXName::menuBar, AccessibilityElementRef(menuBar));
     QMutexLocker lock(&mutex_);
-    applications_.insert(pid, app);
+    applications_.insert({pid, window.value_or(0)}, app);
 }
 
-std::shared_ptr<FakeElement> FakeAccessibility::application(qint32 pid) const
+std::shared_ptr<FakeElement> FakeAccessibility::application(qint32 pid, std::optional<quint64> window) const
 {
     QMutexLocker lock(&mutex_);
-    return applications_.value(pid);
+    if (auto app = applications_.value({pid, window.value_or(0)}))
+        return app;
+    return applications_.value({pid, 0});
 }
 
-AccessibilityElementRef FakeAccessibility::applicationElement(qint32 pid)
+void FakeAccessibility::afterTrustIsKnown(QObject* context, std::function<void()> then)
 {
-    if (auto app = application(pid))
+    if (trustKnown) {
+        then();
+        return;
+    }
+    trustWaiters_.append({context, std::move(then)});
+}
+
+void FakeAccessibility::announceTrust()
+{
+    trustKnown = true;
+    for (auto& [context, then] : std::exchange(trustWaiters_, {})) {
+        if (context)
+            then();
+    }
+}
+
+AccessibilityElementRef FakeAccessibility::applicationElement(qint32 pid, std::optional<quint64> window)
+{
+    if (auto app = application(pid, window))
         return app;
     // Like the platform, any pid gives an element; reading it fails.
     auto nobody = std::make_shared<FakeElement>();
@@ -101,6 +121,10 @@ AttributeRead FakeAccessibility::copyAttributeValue(const AccessibilityElementRe
         ++attributeReads;
     }
     const auto* fake = dynamic_cast<const FakeElement*>(element.get());
+    if (fake && fake->frozen) {
+        fake->frozen->acquire();
+        fake->frozen->release(); // the next read passes too
+    }
     if (!fake || fake->vanished)
         return {AccessibilityError::invalidElement, {}};
     if (!trusted)

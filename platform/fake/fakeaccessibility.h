@@ -4,6 +4,10 @@
 
 #include <QHash>
 #include <QMutex>
+#include <QPointer>
+#include <QSemaphore>
+
+#include <atomic>
 
 #include <initializer_list>
 #include <memory>
@@ -14,7 +18,10 @@ public:
     QHash<QString, AttributeRead> attributes;
     AccessibilityError pressResult = AccessibilityError::success;
     bool vanished = false; // every read and action fails as for a quit application
-    mutable int pressCount = 0;
+    mutable std::atomic<int> pressCount = 0;
+    // When set, every read of this element waits until the test releases it:
+    // an application that does not answer.
+    std::shared_ptr<QSemaphore> frozen;
 
     void set(const QString& attribute, AccessibilityValue value);
 
@@ -31,20 +38,30 @@ public:
 class FakeAccessibility final : public Accessibility {
 public:
     bool trusted = true;
+    bool trustKnown = true; // false: afterTrustIsKnown waits for announceTrust
     int leadingMenus = 2;
     std::optional<RunningApplication> frontmost;
     int settingsOpened = 0;
     int trustRequests = 0;
     int attributeReads = 0;
+    std::atomic<int> trustChecks = 0;
 
-    // The application element for `pid`, whose "AXMenuBar" is `menuBar`.
-    void addApplication(qint32 pid, std::shared_ptr<FakeElement> menuBar);
-    std::shared_ptr<FakeElement> application(qint32 pid) const;
+    // The application element for `pid`, whose "AXMenuBar" is `menuBar`; with
+    // a window, the element the application has for that window only.
+    void addApplication(qint32 pid, std::shared_ptr<FakeElement> menuBar, std::optional<quint64> window = std::nullopt);
+    std::shared_ptr<FakeElement> application(qint32 pid, std::optional<quint64> window = std::nullopt) const;
+    // The first answer about trust comes in.
+    void announceTrust();
 
-    AccessibilityElementRef applicationElement(qint32 pid) override;
+    AccessibilityElementRef applicationElement(qint32 pid, std::optional<quint64> window = std::nullopt) override;
     AttributeRead copyAttributeValue(const AccessibilityElementRef& element, const QString& attribute) override;
     AccessibilityError performAction(const AccessibilityElementRef& element, const QString& action) override;
-    bool isProcessTrusted() override { return trusted; }
+    bool isProcessTrusted() override
+    {
+        ++trustChecks;
+        return trusted;
+    }
+    void afterTrustIsKnown(QObject* context, std::function<void()> then) override;
     void requestTrust() override { ++trustRequests; }
     std::optional<RunningApplication> frontmostApplication() override { return frontmost; }
     void openAccessibilitySettings() override { ++settingsOpened; }
@@ -52,5 +69,6 @@ public:
 
 private:
     mutable QMutex mutex_;
-    QHash<qint32, std::shared_ptr<FakeElement>> applications_;
+    QHash<std::pair<qint32, quint64>, std::shared_ptr<FakeElement>> applications_; // window 0: the application's own
+    QList<std::pair<QPointer<QObject>, std::function<void()>>> trustWaiters_;
 };

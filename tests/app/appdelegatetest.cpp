@@ -202,6 +202,42 @@ TEST_F(Controller, OnboardingAtFirstLaunchAndWhileUntrusted)
     EXPECT_FALSE(app->searchPanelController());
 }
 
+TEST_F(Controller, TheWelcomeComesOnceAndGoesWithItsWindowAndItsPoll)
+{
+    ax.trusted = false;
+    launch();
+    QPointer<QWidget> welcome = app->onboardingWindow();
+    ASSERT_TRUE(welcome);
+    app->toggleSearchPanel(); // still untrusted: the same welcome comes forward
+    EXPECT_EQ(app->onboardingWindow(), welcome.data());
+    int shown = 0;
+    for (QWidget* window : QApplication::topLevelWidgets())
+        shown += window->isVisible() && window->windowTitle() == "Welcome to Kestrio";
+    EXPECT_EQ(shown, 1);
+
+    welcome->close(); // by the window manager, not by one of its buttons
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_FALSE(welcome);
+    EXPECT_FALSE(app->onboardingWindow());
+    const int checks = ax.trustChecks;
+    QTest::qWait(int(OnboardingView::kPollMs * 1.5));
+    EXPECT_EQ(ax.trustChecks, checks); // its poll went with it
+
+    // The platform knows about trust a moment after start: the start-up waits
+    // for it instead of taking "not yet known" for "untrusted".
+    for (const bool trusted : {true, false}) {
+        SCOPED_TRACE(trusted);
+        app.reset();
+        ax.trusted = trusted;
+        ax.trustKnown = false;
+        launch();
+        EXPECT_FALSE(app->statusItem());
+        ax.announceTrust();
+        EXPECT_TRUE(app->statusItem());
+        EXPECT_EQ(bool(app->onboardingWindow()), !trusted); // launched before: only when untrusted
+    }
+}
+
 TEST_F(Controller, ToggleOpensOverTheLastOtherApplicationAndClosesWhenShown)
 {
     settings.store().setBool(SettingsKey::hasLaunchedBefore, true);

@@ -126,3 +126,36 @@ TEST_F(MenuAccess, HungApplicationGivesAnEmptyListNotAFrozenReader)
 }
 
 } // namespace
+
+namespace {
+
+// One process with two windows whose menus differ: the menus are those of the
+// window the user was in, also when neither window is active any more (the
+// panel has the focus by the time the menus are read).
+TEST_F(MenuAccess, TheMenusOfTheWindowTheUserWasIn)
+{
+    ASSERT_EQ(apps.start(QStringLiteral(TWO_WINDOWS_PATH), {}, "kestrio-two-windows", "Text → Bold"),
+              "kestrio-two-windows");
+    startMousepad();
+    auto windowNamed = [](const QString& title) {
+        return run("xdotool", {"search", "--onlyvisible", "--name", QString("^%1$").arg(title)})
+            .out.split(u'\n', Qt::SkipEmptyParts).value(0);
+    };
+    // While the user is in it.
+    run("xdotool", {"windowactivate", "--sync", windowNamed("Sheet")});
+    EXPECT_TRUE(lines(kestrioctl({"menus", "--active"})).contains("Cells → Sum\t\tenabled"));
+    // After the focus went elsewhere.
+    run("xdotool", {"windowactivate", "--sync", run("xdotool", {"search", "--onlyvisible", "--class", "mousepad"})
+                                                    .out.split(u'\n', Qt::SkipEmptyParts).value(0)});
+    for (const auto& [title, expected, other] : {std::tuple{"Letter", "Text → Bold", "Cells → Sum"},
+                                                 std::tuple{"Sheet", "Cells → Sum", "Text → Bold"}}) {
+        SCOPED_TRACE(title);
+        const QString window = windowNamed(title);
+        ASSERT_FALSE(window.isEmpty());
+        const QStringList menus = lines(kestrioctl({"menus", "--window", window}));
+        EXPECT_TRUE(menus.contains(QString("%1\t\tenabled").arg(expected))) << menus.join('|').toStdString();
+        EXPECT_FALSE(menus.join('\n').contains(other));
+    }
+}
+
+} // namespace

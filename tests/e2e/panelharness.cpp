@@ -26,7 +26,10 @@ namespace {
 class SlowAccessibility final : public Accessibility {
 public:
     SlowAccessibility(Accessibility& real, int delayMs) : real_(real), delayMs_(delayMs) {}
-    AccessibilityElementRef applicationElement(qint32 pid) override { return real_.applicationElement(pid); }
+    AccessibilityElementRef applicationElement(qint32 pid, std::optional<quint64> window) override
+    {
+        return real_.applicationElement(pid, window);
+    }
     AttributeRead copyAttributeValue(const AccessibilityElementRef& e, const QString& attribute) override
     {
         if (attribute == AXName::menuBar)
@@ -35,6 +38,10 @@ public:
     }
     AccessibilityError performAction(const AccessibilityElementRef& e, const QString& a) override { return real_.performAction(e, a); }
     bool isProcessTrusted() override { return real_.isProcessTrusted(); }
+    void afterTrustIsKnown(QObject* context, std::function<void()> then) override
+    {
+        real_.afterTrustIsKnown(context, std::move(then));
+    }
     void requestTrust() override { real_.requestTrust(); }
     std::optional<RunningApplication> frontmostApplication() override { return real_.frontmostApplication(); }
     void openAccessibilitySettings() override { real_.openAccessibilitySettings(); }

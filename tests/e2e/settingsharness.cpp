@@ -104,6 +104,13 @@ int main(int argc, char** argv)
         store.setString(SettingsKey::appearance, QStringLiteral("dark"));
     AppearanceTheme::apply(store.appearance());
 
+    // Like the program, start once the platform knows whether menus may be
+    // read, so the hotkey's state does not change under the screenshots.
+    bool trustKnown = false;
+    Accessibility::current().afterTrustIsKnown(&app, [&trustKnown] { trustKnown = true; });
+    while (!trustKnown)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+
     NotificationHub hub;
     HotkeyService hotkey(HotkeyPlatform::current(), store, Clock::monotonic());
     hotkey.start();

@@ -1,8 +1,13 @@
 #include "menu/accessibilityservice.h"
 #include "platform/fake/fakeaccessibility.h"
 #include "platform/fake/fakeclock.h"
+#include "search/usagetracker.h"
+#include "support/eventually.h"
+#include "support/tempsettings.h"
 
 #include <QThread>
+
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -225,6 +230,101 @@ TEST_F(AccessibilityServiceTest, OverlappingReadingsFromSeveralThreads)
     for (auto& thread : threads)
         thread->wait();
     EXPECT_EQ(wrong, 0);
+}
+
+TEST_F(AccessibilityServiceTest, AHalfReadMenuBarIsShownButNotKept)
+{
+    addEditor({E::barMenu("File", {E::item("Open")})});
+    auto bar = std::const_pointer_cast<FakeElement>(std::static_pointer_cast<const FakeElement>(
+        *ax.application(kPid)->attributes[AXName::menuBar].as<AccessibilityElementRef>()));
+    bar->set(AXName::readComplete, false); // the application stopped answering half-way
+    EXPECT_EQ(service.getMenuItems(kEditor).size(), 1);
+    EXPECT_FALSE(service.cache());
+    bar->set(AXName::readComplete, true);
+    service.getMenuItems(kEditor);
+    EXPECT_TRUE(service.cache());
+}
+
+// One process, two windows with menus of their own (a document and a
+// spreadsheet): each window gets its own, also from the cache.
+TEST_F(AccessibilityServiceTest, EachWindowOfAProcessHasItsOwnMenus)
+{
+    ax.leadingMenus = 0;
+    ax.addApplication(kPid, E::menuBar({E::barMenu("Text", {E::item("Bold")})}), 0x100);
+    ax.addApplication(kPid, E::menuBar({E::barMenu("Sheet", {E::item("Sum")})}), 0x200);
+    const RunningApplication letter{kPid, "Office", "org.office", 0x100};
+    const RunningApplication sheet{kPid, "Office", "org.office", 0x200};
+    for (int round = 0; round < 2; ++round) { // the second round comes from the cache
+        EXPECT_EQ(service.getMenuItems(letter).value(0).pathKey(), "Text → Bold") << round;
+        EXPECT_EQ(service.getMenuItems(sheet).value(0).pathKey(), "Sheet → Sum") << round;
+    }
+}
+
+// A reading stuck on an application that does not answer never holds up the
+// reading of another one; the results come to the UI thread.
+TEST_F(AccessibilityServiceTest, FrozenApplicationsNeverDelayAReadingOfALiveOne)
+{
+    addEditor({E::barMenu("File", {E::item("Open")})});
+    addEditor({E::barMenu("Go", {E::item("Back")})}, 7);
+    auto gate = std::make_shared<QSemaphore>(0);
+    ax.application(7)->frozen = gate;
+    QObject receiver;
+    int frozenDeliveries = 0;
+    const RunningApplication frozen{7, "Frozen", std::nullopt};
+    for (int i = 0; i < AccessibilityService::kMaxConcurrent - 1; ++i)
+        service.readMenuItems(frozen, &receiver, [&](const QList<MenuItem>&) { ++frozenDeliveries; });
+    std::optional<QList<MenuItem>> live;
+    service.readMenuItems(kEditor, &receiver, [&](const QList<MenuItem>& items) { live = items; });
+    EXPECT_TRUE(eventually([&] { return live.has_value(); }));
+    EXPECT_EQ(live.value_or(QList<MenuItem>{}).size(), 1);
+    EXPECT_EQ(frozenDeliveries, 0);
+    gate->release();
+    EXPECT_TRUE(eventually([&] { return frozenDeliveries == AccessibilityService::kMaxConcurrent - 1; }));
+}
+
+// The reader goes while readings and presses are under way: it waits for
+// them, nothing reaches a receiver that is gone, nothing runs afterwards.
+TEST(AccessibilityServiceLifetime, GoingWhileReadingsRunIsSafe)
+{
+    FakeAccessibility ax;
+    ax.leadingMenus = 0;
+    ax.addApplication(7, E::menuBar({E::barMenu("Go", {E::item("Back")})}));
+    auto gate = std::make_shared<QSemaphore>(0);
+    ax.application(7)->frozen = gate;
+    TempSettings settings;
+    UsageTracker usage{settings.store()};
+    int delivered = 0;
+    {
+        auto receiver = std::make_unique<QObject>();
+        AccessibilityService service(ax);
+        for (int i = 0; i < 3; ++i)
+            service.readMenuItems(RunningApplication{7, "Frozen", std::nullopt}, receiver.get(),
+                                  [&](const QList<MenuItem>&) { ++delivered; });
+        receiver.reset(); // the panel closed
+        // The application answers again a little later, while the reader waits.
+        std::thread answer([gate] {
+            QThread::msleep(200);
+            gate->release();
+        });
+        answer.detach();
+    }
+    QCoreApplication::processEvents();
+    EXPECT_EQ(delivered, 0);
+}
+
+TEST_F(AccessibilityServiceTest, PressesOffTheUiThreadAndRecordsOnIt)
+{
+    ax.leadingMenus = 0;
+    ax.addApplication(kPid, E::menuBar({E::barMenu("File", {E::item("Save")})}));
+    TempSettings settings;
+    UsageTracker usage{settings.store()};
+    const MenuItem item = service.getMenuItems(kEditor).value(0);
+    auto gate = std::make_shared<QSemaphore>(0);
+    std::const_pointer_cast<FakeElement>(std::static_pointer_cast<const FakeElement>(item.axElement))->frozen = gate;
+    service.press(item, usage); // the application is busy: the UI thread goes on
+    EXPECT_EQ(usage.count("org.editor", "File → Save"), 0);
+    gate->release();
+    EXPECT_TRUE(eventually([&] { return usage.count("org.editor", "File → Save") == 1; }));
 }
 
 TEST_F(AccessibilityServiceTest, OpensTheSystemSettings)

@@ -6,6 +6,7 @@
 
 #include <QCoreApplication>
 #include <QDBusMessage>
+#include <QDBusServiceWatcher>
 #include <QDBusVariant>
 #include <QProcess>
 #include <QStandardPaths>
@@ -28,77 +29,114 @@ AttributeRead failure(AccessibilityError error)
 
 } // namespace
 
-AtspiAccessibility::AtspiAccessibility() : bus_([this] { return windows_.rootProperty("AT_SPI_BUS"); }) {}
-
-AtspiAccessibility::~AtspiAccessibility() = default;
-
-QList<AtspiAccessibility::ApplicationInfo> AtspiAccessibility::applicationProcesses()
+AtspiAccessibility::AtspiAccessibility()
+    : bus_([this] { return windows_.rootProperty("AT_SPI_BUS"); }), applications_(bus_, pool_)
 {
-    const QList<AtspiRef> roots = bus_.applications();
-    QDBusConnection connection = bus_.connection();
-    // Every application's process, which the bus itself answers, all at once.
-    std::vector<std::pair<AtspiRef, QDBusPendingCall>> pids;
-    for (const AtspiRef& root : roots) {
-        QDBusMessage askPid = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-                                                             QStringLiteral("/org/freedesktop/DBus"),
-                                                             QStringLiteral("org.freedesktop.DBus"),
-                                                             QStringLiteral("GetConnectionUnixProcessID"));
-        askPid.setArguments({root.bus});
-        pids.emplace_back(root, connection.asyncCall(askPid, AtspiBus::kCallTimeoutMs));
-    }
-    // This process is left out: asking it anything would wait on its own thread.
-    const qint32 self = qint32(QCoreApplication::applicationPid());
-    QList<ApplicationInfo> apps;
-    for (auto& [root, call] : pids) {
-        call.waitForFinished();
-        const auto pid = AtspiBus::valueOf(call.reply());
-        if (pid && qint32(pid->toUInt()) != self)
-            apps.append(ApplicationInfo{qint32(pid->toUInt()), {}, {}, root});
-    }
-    return apps;
+    // Readings of frozen applications each hold a thread for a time-out; the
+    // few jobs here are short, so a handful of threads never queue behind them.
+    pool_.setMaxThreadCount(4);
+    checkTrustSoon();
 }
 
-QList<AtspiAccessibility::ApplicationInfo> AtspiAccessibility::named(QList<ApplicationInfo> apps)
+AtspiAccessibility::~AtspiAccessibility()
 {
-    // The names come from the applications themselves, all asked at once.
-    std::vector<std::pair<QDBusPendingCall, QDBusPendingCall>> pending;
-    for (const ApplicationInfo& app : apps)
-        pending.emplace_back(bus_.property(app.root, kAccessible, QStringLiteral("Name")),
-                             bus_.property(app.root, kApplication, QStringLiteral("ToolkitName")));
-    for (qsizetype i = 0; i < apps.size(); ++i) {
-        auto& [name, toolkit] = pending[size_t(i)];
-        name.waitForFinished();
-        toolkit.waitForFinished();
-        apps[i].name = AtspiBus::valueOf(name.reply()).value_or(QVariant()).toString();
-        apps[i].toolkit = AtspiBus::valueOf(toolkit.reply()).value_or(QVariant()).toString();
+    pool_.waitForDone();
+}
+
+bool AtspiAccessibility::checkTrust()
+{
+    const bool wasConnected = bus_.isConnected();
+    if (!bus_.ensureConnected())
+        return false;
+    // A new bus: its applications are named in a job of their own, since one
+    // that does not answer would hold up this answer.
+    if (!wasConnected)
+        applications_.refreshSoon();
+    const AtspiRef registry{QStringLiteral("org.a11y.atspi.Registry"), kRootPath};
+    const QDBusMessage reply = bus_.callAndWait(registry, kAccessible, QStringLiteral("GetChildren"));
+    if (reply.type() == QDBusMessage::ReplyMessage)
+        return true;
+    // The bus or its registry went away: connect afresh next time.
+    if (!AtspiBus::timedOut(reply))
+        bus_.invalidate();
+    return false;
+}
+
+void AtspiAccessibility::checkTrustSoon()
+{
+    if (trustCheckQueued_.exchange(true))
+        return;
+    pool_.start([this] {
+        const bool trusted = checkTrust();
+        const int generation = bus_.generation();
+        trustCheckQueued_ = false;
+        QMetaObject::invokeMethod(&context_, [this, trusted, generation] {
+            trustAnswered(trusted, generation);
+        }, Qt::QueuedConnection);
+    });
+}
+
+void AtspiAccessibility::trustAnswered(bool trusted, int busGeneration)
+{
+    trusted_ = trusted ? 1 : 0;
+    if (busGeneration != knownBusGeneration_) {
+        knownBusGeneration_ = busGeneration;
+        watchBusOwner();
     }
-    return apps;
+    for (auto& [context, then] : std::exchange(trustWaiters_, {})) {
+        if (context)
+            then();
+    }
+}
+
+void AtspiAccessibility::watchBusOwner()
+{
+    if (busWatcher_)
+        return;
+    // A restarted accessibility bus (a new owner of its launcher's name) means
+    // a new address: drop the old connection and look again.
+    busWatcher_ = std::make_unique<QDBusServiceWatcher>(QStringLiteral("org.a11y.Bus"), QDBusConnection::sessionBus(),
+                                                        QDBusServiceWatcher::WatchForOwnerChange);
+    QObject::connect(busWatcher_.get(), &QDBusServiceWatcher::serviceOwnerChanged, busWatcher_.get(), [this] {
+        bus_.invalidate();
+        checkTrustSoon();
+    });
+}
+
+bool AtspiAccessibility::isProcessTrusted()
+{
+    // Every caller polls, so the next call sees the answer to this one.
+    checkTrustSoon();
+    return trusted_ == 1;
+}
+
+void AtspiAccessibility::afterTrustIsKnown(QObject* context, std::function<void()> then)
+{
+    if (trusted_ >= 0) {
+        then();
+        return;
+    }
+    trustWaiters_.append({context, std::move(then)});
+    checkTrustSoon();
 }
 
 QList<AtspiAccessibility::ApplicationInfo> AtspiAccessibility::applications()
 {
-    return named(applicationProcesses());
+    applications_.refreshNow();
+    return applications_.all();
 }
 
-std::optional<AtspiAccessibility::ApplicationInfo> AtspiAccessibility::application(qint32 pid)
-{
-    // Only the one asked for is named: this runs at every window activation.
-    for (const ApplicationInfo& app : applicationProcesses()) {
-        if (app.pid == pid)
-            return named({app}).first();
-    }
-    return std::nullopt;
-}
-
-AccessibilityElementRef AtspiAccessibility::applicationElement(qint32 pid)
+AccessibilityElementRef AtspiAccessibility::applicationElement(qint32 pid, std::optional<quint64> window)
 {
     auto app = std::make_shared<AtspiElement>();
     app->kind = AtspiElement::Kind::application;
     app->pid = pid;
     app->role = QStringLiteral("AXApplication");
-    if (const auto info = application(pid)) {
+    app->window = window;
+    if (const auto info = applications_.lookup(pid)) {
         app->ref = info->root;
         app->title = info->name;
+        app->toolkit = info->toolkit;
     }
     return app;
 }
@@ -113,8 +151,14 @@ AttributeRead AtspiAccessibility::copyAttributeValue(const AccessibilityElementR
         if (e->ref.isNull())
             return failure(AccessibilityError::invalidElement);
         if (attribute == AXName::menuBar) {
+            // The frame of the window the user was in, by its title.
+            QString title;
+            if (e->window) {
+                if (const auto info = windows_.windowInfo(*e->window))
+                    title = info->title;
+            }
             AtspiMenuReader reader(bus_);
-            if (AccessibilityElementRef bar = reader.readMenuBar(e->ref, e->pid))
+            if (AccessibilityElementRef bar = reader.readMenuBar(e->ref, e->pid, e->toolkit, title))
                 return value(bar);
             return failure(AccessibilityError::noValue);
         }
@@ -131,14 +175,18 @@ AttributeRead AtspiAccessibility::copyAttributeValue(const AccessibilityElementR
         return value(e->title);
     if (attribute == AXName::children)
         return value(e->children);
+    if (attribute == AXName::readComplete)
+        return value(e->complete);
     if (attribute == AXName::enabled) {
         if (e->ref.isNull() || Clock::monotonic().seconds() - e->readAt < kStateFreshSeconds)
             return value(e->enabled);
         const auto states = AtspiBus::statesOf(bus_.callAndWait(e->ref, kAccessible, QStringLiteral("GetState")));
-        // A vanished object answers with an error, or with the DEFUNCT state and nothing else.
-        if (!states || *states == 0 || AtspiState::has(*states, 7 /* defunct */))
+        if (!states)
             return failure(AccessibilityError::invalidElement);
-        return value(AtspiState::has(*states, AtspiState::sensitive));
+        const AtspiState::Reading reading = AtspiState::read(*states);
+        if (reading.gone)
+            return failure(AccessibilityError::invalidElement);
+        return value(reading.enabled);
     }
     if (attribute == AXName::menuItemCmdModifiers && e->modifiers)
         return value(*e->modifiers);
@@ -151,21 +199,28 @@ AttributeRead AtspiAccessibility::copyAttributeValue(const AccessibilityElementR
 
 QDBusConnection AtspiAccessibility::pressConnection(const AtspiRef& application, bool& peer)
 {
-    QMutexLocker lock(&mutex_);
-    if (!peers_.contains(application.bus)) {
-        // GTK offers each client a connection of its own; a modal dialog opened
-        // by a press then blocks only that connection, not the shared bus.
-        std::optional<QDBusConnection> connection;
-        const QDBusMessage reply = bus_.callAndWait(application, kApplication, QStringLiteral("GetApplicationBusAddress"));
-        const QString address = AtspiBus::valueOf(reply).value_or(QVariant()).toString();
-        if (!address.isEmpty()) {
-            QDBusConnection p2p = QDBusConnection::connectToPeer(address, QStringLiteral("kestrio-peer-") + application.bus);
-            if (p2p.isConnected())
-                connection = p2p;
+    {
+        QMutexLocker lock(&peersMutex_);
+        if (peers_.contains(application.bus)) {
+            const std::optional<QDBusConnection> known = peers_.value(application.bus);
+            peer = known.has_value() && known->isConnected();
+            if (peer)
+                return *known;
         }
-        peers_.insert(application.bus, connection);
     }
-    const std::optional<QDBusConnection> connection = peers_.value(application.bus);
+    // GTK offers each client a connection of its own; a modal dialog opened by
+    // a press then blocks only that connection, not the shared bus. Asked
+    // without the lock held: another press must not wait on this application.
+    std::optional<QDBusConnection> connection;
+    const QDBusMessage reply = bus_.callAndWait(application, kApplication, QStringLiteral("GetApplicationBusAddress"));
+    const QString address = AtspiBus::valueOf(reply).value_or(QVariant()).toString();
+    if (!address.isEmpty()) {
+        QDBusConnection p2p = QDBusConnection::connectToPeer(address, QStringLiteral("kestrio-peer-") + application.bus);
+        if (p2p.isConnected())
+            connection = p2p;
+    }
+    QMutexLocker lock(&peersMutex_);
+    peers_.insert(application.bus, connection);
     peer = connection.has_value();
     return connection ? *connection : bus_.connection();
 }
@@ -194,23 +249,18 @@ AccessibilityError AtspiAccessibility::performAction(const AccessibilityElementR
     return done && done->toBool() ? AccessibilityError::success : AccessibilityError::cannotComplete;
 }
 
-bool AtspiAccessibility::isProcessTrusted()
-{
-    if (!bus_.connect())
-        return false;
-    const AtspiRef registry{QStringLiteral("org.a11y.atspi.Registry"), kRootPath};
-    return bus_.callAndWait(registry, kAccessible, QStringLiteral("GetChildren")).type() == QDBusMessage::ReplyMessage;
-}
-
 void AtspiAccessibility::requestTrust()
 {
     // Toolkits expose their objects once the desktop says accessibility is on.
-    QDBusMessage enable = QDBusMessage::createMethodCall(QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
-                                                         QStringLiteral("org.freedesktop.DBus.Properties"),
-                                                         QStringLiteral("Set"));
-    enable.setArguments({QStringLiteral("org.a11y.Status"), QStringLiteral("IsEnabled"),
-                         QVariant::fromValue(QDBusVariant(true))});
-    QDBusConnection::sessionBus().call(enable, QDBus::Block, AtspiBus::kCallTimeoutMs);
+    pool_.start([this] {
+        QDBusMessage enable = QDBusMessage::createMethodCall(
+            QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
+            QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Set"));
+        enable.setArguments({QStringLiteral("org.a11y.Status"), QStringLiteral("IsEnabled"),
+                             QVariant::fromValue(QDBusVariant(true))});
+        QDBusConnection::sessionBus().call(enable, QDBus::Block, AtspiBus::kCallTimeoutMs);
+    });
+    checkTrustSoon();
 }
 
 std::optional<RunningApplication> AtspiAccessibility::runningApplication(unsigned long window)
@@ -225,7 +275,12 @@ std::optional<RunningApplication> AtspiAccessibility::runningApplication(unsigne
         app.bundleIdentifier = info->applicationId;
     else if (!info->windowClass.isEmpty())
         app.bundleIdentifier = info->windowClass;
-    if (const auto a11y = application(*info->pid); a11y && !a11y->name.isEmpty())
+    // The name as the accessibility bus knows it, without asking: an
+    // application not named yet is named in the background for next time.
+    const auto a11y = applications_.find(*info->pid);
+    if (!a11y)
+        applications_.refreshSoon();
+    if (a11y && !a11y->name.isEmpty())
         app.localizedName = a11y->name;
     else if (!info->windowClass.isEmpty())
         app.localizedName = info->windowClass;

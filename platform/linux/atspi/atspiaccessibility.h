@@ -1,14 +1,24 @@
 #pragma once
 
 #include "platform/accessibility.h"
+#include "platform/linux/atspi/atspiapplications.h"
 #include "platform/linux/atspi/atspibus.h"
 #include "platform/linux/x11/x11windows.h"
 
 #include <QHash>
 #include <QMutex>
+#include <QPointer>
+#include <QThreadPool>
+
+#include <atomic>
+#include <memory>
+
+class QDBusServiceWatcher;
 
 // Other applications' menus over AT-SPI2, the active window from the X11
-// window manager's hints.
+// window manager's hints. Whatever waits on another process (the trust check,
+// naming the applications, connecting to the bus) runs on a pool of its own;
+// the UI thread only reads what is known.
 class AtspiAccessibility final : public Accessibility {
 public:
     // How long a press waits for an error before it counts as done: an item
@@ -21,38 +31,47 @@ public:
     AtspiAccessibility();
     ~AtspiAccessibility() override;
 
-    AccessibilityElementRef applicationElement(qint32 pid) override;
+    AccessibilityElementRef applicationElement(qint32 pid, std::optional<quint64> window = std::nullopt) override;
     AttributeRead copyAttributeValue(const AccessibilityElementRef& element, const QString& attribute) override;
     AccessibilityError performAction(const AccessibilityElementRef& element, const QString& action) override;
     bool isProcessTrusted() override;
+    void afterTrustIsKnown(QObject* context, std::function<void()> then) override;
     void requestTrust() override;
     std::optional<RunningApplication> frontmostApplication() override;
     void openAccessibilitySettings() override;
     int skippedLeadingMenus() const override { return 0; } // Linux menu bars hold only the application's menus
 
-    struct ApplicationInfo {
-        qint32 pid = 0;
-        QString name;
-        QString toolkit;
-        AtspiRef root;
-    };
-    // Every application on the accessibility bus.
+    using ApplicationInfo = AtspiApplications::Info;
+    // Every application on the accessibility bus, read afresh. Waits: for the command line.
     QList<ApplicationInfo> applications();
-    std::optional<ApplicationInfo> application(qint32 pid);
 
     // The running application behind an X11 window, named as the usage history keys it.
     std::optional<RunningApplication> runningApplication(unsigned long window);
     // The same, found through the process's first top-level window.
     std::optional<RunningApplication> runningApplicationOf(qint32 pid);
 
+    // The trust check itself; waits on the bus, so it runs on the pool.
+    bool checkTrust();
+
 private:
-    // The applications with their processes, unnamed; this process left out.
-    QList<ApplicationInfo> applicationProcesses();
-    QList<ApplicationInfo> named(QList<ApplicationInfo> apps);
+    void checkTrustSoon();
+    void trustAnswered(bool trusted, int busGeneration);
+    void watchBusOwner();
     QDBusConnection pressConnection(const AtspiRef& application, bool& peer);
 
     X11Windows windows_;
     AtspiBus bus_;
-    QMutex mutex_;
+    QObject context_; // answers queued for the UI thread die with it
+    QThreadPool pool_; // waited for before anything below goes
+    AtspiApplications applications_;
+
+    // Trust: 1 yes, 0 no, -1 not known yet. Checked on the pool, one check at a time.
+    std::atomic<int> trusted_ = -1;
+    std::atomic<bool> trustCheckQueued_ = false;
+    int knownBusGeneration_ = 0; // UI thread only, like the two below
+    QList<std::pair<QPointer<QObject>, std::function<void()>>> trustWaiters_;
+    std::unique_ptr<QDBusServiceWatcher> busWatcher_;
+
+    QMutex peersMutex_;
     QHash<QString, std::optional<QDBusConnection>> peers_; // by application bus name
 };

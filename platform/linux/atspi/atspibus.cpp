@@ -3,7 +3,6 @@
 #include <QDBusArgument>
 #include <QDBusError>
 #include <QDBusObjectPath>
-#include <QDBusReply>
 #include <QDBusVariant>
 #include <QHash>
 
@@ -12,14 +11,25 @@ size_t qHash(const AtspiRef& ref, size_t seed)
     return qHashMulti(seed, ref.bus, ref.path);
 }
 
+AtspiState::Reading AtspiState::read(quint64 states)
+{
+    if (states == 0 || has(states, defunct))
+        return {true, false, false};
+    return {false, has(states, sensitive), has(states, showing)};
+}
+
 AtspiBus::AtspiBus(std::function<QString()> fallbackAddress) : fallbackAddress_(std::move(fallbackAddress)) {}
 
-bool AtspiBus::connect()
+AtspiBus::~AtspiBus()
 {
-    QMutexLocker lock(&mutex_);
-    if (tried_)
-        return connection_ && connection_->isConnected();
-    tried_ = true;
+    invalidate();
+}
+
+bool AtspiBus::ensureConnected()
+{
+    QMutexLocker attempt(&connecting_);
+    if (isConnected())
+        return true;
 
     QString address;
     QDBusMessage ask = QDBusMessage::createMethodCall(QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
@@ -34,54 +44,84 @@ bool AtspiBus::connect()
     if (address.isEmpty())
         return false;
 
-    QDBusConnection bus = QDBusConnection::connectToBus(address, QStringLiteral("kestrio-a11y"));
-    if (!bus.isConnected())
+    int generation = 0;
+    {
+        QMutexLocker lock(&mutex_);
+        generation = generation_ + 1;
+    }
+    const QString name = QStringLiteral("kestrio-a11y-%1").arg(generation);
+    QDBusConnection bus = QDBusConnection::connectToBus(address, name);
+    if (!bus.isConnected()) {
+        QDBusConnection::disconnectFromBus(name);
         return false;
-    connection_ = bus;
+    }
 
     // GTK's bridge keeps its bulk cache (one call for every object of an
-    // application) only while some client listens to its events.
+    // application) only while some client listens to its events; the answer
+    // is not needed.
     QDBusMessage listen = QDBusMessage::createMethodCall(QStringLiteral("org.a11y.atspi.Registry"),
                                                          QStringLiteral("/org/a11y/atspi/registry"),
                                                          QStringLiteral("org.a11y.atspi.Registry"),
                                                          QStringLiteral("RegisterEvent"));
     listen.setArguments({QStringLiteral("object:children-changed"), QStringList(), QString()});
-    bus.call(listen, QDBus::Block, kCallTimeoutMs);
+    bus.asyncCall(listen, kCallTimeoutMs);
+
+    QMutexLocker lock(&mutex_);
+    connection_ = bus;
+    generation_ = generation;
     return true;
 }
 
-QDBusConnection AtspiBus::connection()
+QDBusConnection AtspiBus::connection() const
 {
-    connect();
     QMutexLocker lock(&mutex_);
     return connection_ ? *connection_ : QDBusConnection(QStringLiteral("kestrio-a11y-none"));
 }
 
+bool AtspiBus::isConnected() const
+{
+    QMutexLocker lock(&mutex_);
+    return connection_ && connection_->isConnected();
+}
+
+int AtspiBus::generation() const
+{
+    QMutexLocker lock(&mutex_);
+    return generation_;
+}
+
+void AtspiBus::invalidate()
+{
+    QMutexLocker lock(&mutex_);
+    if (connection_) {
+        QDBusConnection::disconnectFromBus(connection_->name());
+        connection_.reset();
+    }
+}
+
 QDBusPendingCall AtspiBus::call(const AtspiRef& target, const QString& interface, const QString& method,
-                                const QVariantList& arguments, int timeoutMs)
+                                const QVariantList& arguments, int timeoutMs) const
 {
     QDBusMessage message = QDBusMessage::createMethodCall(target.bus, target.path, interface, method);
     message.setArguments(arguments);
     return connection().asyncCall(message, timeoutMs);
 }
 
-QDBusPendingCall AtspiBus::property(const AtspiRef& target, const QString& interface, const QString& name)
+QDBusPendingCall AtspiBus::property(const AtspiRef& target, const QString& interface, const QString& name) const
 {
     return call(target, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"), {interface, name});
 }
 
 QDBusMessage AtspiBus::callAndWait(const AtspiRef& target, const QString& interface, const QString& method,
-                                   const QVariantList& arguments, int timeoutMs)
+                                   const QVariantList& arguments, int timeoutMs) const
 {
     QDBusPendingCall pending = call(target, interface, method, arguments, timeoutMs);
     pending.waitForFinished();
     return pending.reply();
 }
 
-QList<AtspiRef> AtspiBus::applications()
+QList<AtspiRef> AtspiBus::applications() const
 {
-    if (!connect())
-        return {};
     const AtspiRef root{QStringLiteral("org.a11y.atspi.Registry"), QStringLiteral("/org/a11y/atspi/accessible/root")};
     return refsOf(callAndWait(root, QStringLiteral("org.a11y.atspi.Accessible"), QStringLiteral("GetChildren")));
 }
@@ -116,10 +156,14 @@ std::optional<quint64> AtspiBus::statesOf(const QDBusMessage& reply)
         return std::nullopt;
     const QVariant first = reply.arguments().first();
     QList<uint> words;
-    if (first.canConvert<QDBusArgument>())
-        words = qdbus_cast<QList<uint>>(first.value<QDBusArgument>());
-    else
+    if (first.canConvert<QDBusArgument>()) {
+        const QDBusArgument argument = first.value<QDBusArgument>();
+        if (argument.currentSignature() != QLatin1String("au"))
+            return std::nullopt;
+        words = qdbus_cast<QList<uint>>(argument);
+    } else {
         words = first.value<QList<uint>>();
+    }
     quint64 states = 0;
     if (!words.isEmpty())
         states |= words[0];

@@ -28,33 +28,59 @@ inline constexpr uint checkMenuItem = 8, dialog = 16, filler = 20, frame = 23, g
                       splitPane = 53, tearoffMenuItem = 59, viewport = 68, window = 69, application = 75;
 } // namespace AtspiRole
 
+// State bits, as AT-SPI numbers them (AtspiStateType).
 namespace AtspiState {
-inline constexpr int active = 1, checked = 4, enabled = 8, sensitive = 24, showing = 25, visible = 30;
+inline constexpr int active = 1, checked = 4, defunct = 6, editable = 7, enabled = 8, sensitive = 24, showing = 25,
+                     visible = 30;
 inline bool has(quint64 states, int state) { return (states >> state) & 1; }
+
+// What a state set read from an element says about it.
+struct Reading {
+    bool gone = false;    // the element no longer exists
+    bool enabled = false; // it can be used (SENSITIVE: GTK 4 sets only that one)
+    bool shown = false;   // it is on screen now
+    friend bool operator==(const Reading&, const Reading&) = default;
+};
+// A vanished element answers with the DEFUNCT state, or with no state at all.
+Reading read(quint64 states);
 } // namespace AtspiState
 
 // The connection to the accessibility bus and the calls Kestrio makes on it.
 // Calls are asynchronous so that many can be in flight at once; every one has
 // a short time-out so that an application that does not answer costs little.
+// Connecting waits on the session bus, so it happens off the UI thread; the
+// UI thread only ever takes the connection as it is.
 class AtspiBus {
 public:
     static constexpr int kCallTimeoutMs = 1000;
 
     // `fallbackAddress` is asked when the session bus does not know the address.
     explicit AtspiBus(std::function<QString()> fallbackAddress = {});
+    ~AtspiBus();
+    AtspiBus(const AtspiBus&) = delete;
+    AtspiBus& operator=(const AtspiBus&) = delete;
 
-    // Connects on first use; false when there is no accessibility bus.
-    bool connect();
-    QDBusConnection connection();
+    // Connects, or connects again when the bus went away or was not there
+    // before; true when connected. Waits: never on the UI thread.
+    bool ensureConnected();
+    // The connection as it is now, without waiting; a disconnected one when there is none.
+    QDBusConnection connection() const;
+    bool isConnected() const;
+    // Counts the connections made so far: a new number means a new bus.
+    int generation() const;
+    // Drops the connection, so that the next ensureConnected makes a new one
+    // (the accessibility bus was restarted).
+    void invalidate();
 
     QDBusPendingCall call(const AtspiRef& target, const QString& interface, const QString& method,
-                          const QVariantList& arguments = {}, int timeoutMs = kCallTimeoutMs);
-    QDBusPendingCall property(const AtspiRef& target, const QString& interface, const QString& name);
+                          const QVariantList& arguments = {}, int timeoutMs = kCallTimeoutMs) const;
+    QDBusPendingCall property(const AtspiRef& target, const QString& interface, const QString& name) const;
+    // Waits for the answer: never on the UI thread.
     QDBusMessage callAndWait(const AtspiRef& target, const QString& interface, const QString& method,
-                             const QVariantList& arguments = {}, int timeoutMs = kCallTimeoutMs);
+                             const QVariantList& arguments = {}, int timeoutMs = kCallTimeoutMs) const;
 
-    // The applications registered on the bus.
-    QList<AtspiRef> applications();
+    // The applications registered on the bus. Waits.
+    QList<AtspiRef> applications() const;
 
     // Replies.
     static QList<AtspiRef> refsOf(const QDBusMessage& reply);
@@ -64,7 +90,8 @@ public:
 
 private:
     std::function<QString()> fallbackAddress_;
-    QMutex mutex_;
+    QMutex connecting_;    // one attempt at a time; never taken by the UI thread
+    mutable QMutex mutex_; // the connection itself, held only for a moment
     std::optional<QDBusConnection> connection_;
-    bool tried_ = false;
+    int generation_ = 0;
 };

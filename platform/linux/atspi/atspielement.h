@@ -16,6 +16,9 @@ public:
     Kind kind = Kind::node;
     AtspiRef ref;     // null for made-up menus
     qint32 pid = 0;
+    std::optional<quint64> window; // application: the window whose menu bar is read
+    QString toolkit;               // application: as the bus names it
+    bool complete = true;          // menu bar: every part of it answered
     QString role;     // the walk's role name
     QString title;
     bool enabled = false;

@@ -83,25 +83,26 @@ std::shared_ptr<AtspiElement> element(const QString& role, const QString& title,
 
 AtspiMenuReader::AtspiMenuReader(AtspiBus& bus) : bus_(bus) {}
 
-AccessibilityElementRef AtspiMenuReader::readMenuBar(const AtspiRef& application, qint32 pid)
+AccessibilityElementRef AtspiMenuReader::readMenuBar(const AtspiRef& application, qint32 pid, const QString& toolkit,
+                                                     const QString& windowTitle)
 {
     nodes_.clear();
-    if (!bus_.connect() || application.isNull())
+    complete_ = true;
+    windowTitle_ = windowTitle;
+    if (!bus_.ensureConnected() || application.isNull())
         return nullptr;
 
     // Qt marks every item of a closed menu invisible, so visibility means nothing there.
-    QDBusPendingCall toolkitCall =
-        bus_.property(application, QStringLiteral("org.a11y.atspi.Application"), QStringLiteral("ToolkitName"));
-    toolkitCall.waitForFinished();
-    const auto toolkit = AtspiBus::valueOf(toolkitCall.reply());
-    honourVisible_ = !(toolkit && toolkit->toString().startsWith(QLatin1String("Qt")));
+    honourVisible_ = !toolkit.startsWith(QLatin1String("Qt"));
 
-    fetchFromCache(application);
+    // An application that does not answer its first call is not asked again.
+    if (!fetchFromCache(application) && !complete_)
+        return nullptr;
     const std::optional<AtspiRef> menuBar = findMenuBar(application);
     if (!menuBar)
         return nullptr;
-    prefetchFromCache(*menuBar);
-    fetchSubtree(*menuBar);
+    if (!prefetchFromCache(*menuBar) || !fetchSubtree(*menuBar))
+        complete_ = false;
     readAt_ = Clock::monotonic().seconds();
     return makeMenuBar(*menuBar, pid);
 }
@@ -112,6 +113,8 @@ bool AtspiMenuReader::fetchFromCache(const AtspiRef& application)
     // application answers in a single call; Qt's is empty.
     const AtspiRef cache{application.bus, QStringLiteral("/org/a11y/atspi/cache")};
     const QDBusMessage reply = bus_.callAndWait(cache, QStringLiteral("org.a11y.atspi.Cache"), QStringLiteral("GetItems"));
+    if (AtspiBus::timedOut(reply))
+        complete_ = false;
     if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
         return false;
     const QDBusArgument items = reply.arguments().first().value<QDBusArgument>();
@@ -224,16 +227,7 @@ std::optional<AtspiRef> AtspiMenuReader::findMenuBar(const AtspiRef& application
     if (auto cached = findMenuBarInCache(windows))
         return cached;
 
-    // The active window first; then the others in the application's order.
-    QList<AtspiRef> ordered;
-    for (const AtspiRef& w : windows) {
-        if (AtspiState::has(nodes_.value(w).states.value_or(0), AtspiState::active))
-            ordered.prepend(w);
-        else
-            ordered.append(w);
-    }
-
-    for (const AtspiRef& window : ordered) {
+    for (const AtspiRef& window : windowsInOrder(windows)) {
         // Breadth first through layout containers, remembering each object's
         // position so that the first menu bar in the window's own order wins
         // (LibreOffice keeps a copy with wrong shortcuts further down).
@@ -284,30 +278,44 @@ bool AtspiMenuReader::descendsFrom(const AtspiRef& ref, const AtspiRef& ancestor
     return false;
 }
 
+QList<AtspiRef> AtspiMenuReader::windowsInOrder(const QList<AtspiRef>& windows) const
+{
+    // The window the user was in, by its title; else the active one (often
+    // none: the panel has the focus by now); then the others in the
+    // application's order.
+    QList<AtspiRef> titled, active, others;
+    for (const AtspiRef& w : windows) {
+        const Node node = nodes_.value(w);
+        if (!windowTitle_.isEmpty() && node.name == windowTitle_)
+            titled.append(w);
+        else if (AtspiState::has(node.states.value_or(0), AtspiState::active))
+            active.append(w);
+        else
+            others.append(w);
+    }
+    return titled + active + others;
+}
+
 std::optional<AtspiRef> AtspiMenuReader::findMenuBarInCache(const QList<AtspiRef>& windows) const
 {
     // The bulk cache links every object to its parent, so a window's menu bar
     // is found without walking down to it. When a window holds more than one
     // (LibreOffice), only the walk knows which comes first.
-    for (const bool activeOnly : {true, false}) {
-        for (const AtspiRef& window : windows) {
-            if (activeOnly != AtspiState::has(nodes_.value(window).states.value_or(0), AtspiState::active))
-                continue;
-            QList<AtspiRef> bars;
-            for (auto it = nodes_.begin(); it != nodes_.end(); ++it) {
-                if (it->role == AtspiRole::menuBar && descendsFrom(it->parent, window))
-                    bars.append(it.key());
-            }
-            if (bars.size() == 1)
-                return bars.first();
-            if (bars.size() > 1)
-                return std::nullopt;
+    for (const AtspiRef& window : windowsInOrder(windows)) {
+        QList<AtspiRef> bars;
+        for (auto it = nodes_.begin(); it != nodes_.end(); ++it) {
+            if (it->role == AtspiRole::menuBar && descendsFrom(it->parent, window))
+                bars.append(it.key());
         }
+        if (bars.size() == 1)
+            return bars.first();
+        if (bars.size() > 1)
+            return std::nullopt;
     }
     return std::nullopt;
 }
 
-void AtspiMenuReader::prefetchFromCache(const AtspiRef& menuBar)
+bool AtspiMenuReader::prefetchFromCache(const AtspiRef& menuBar)
 {
     // Everything below the menu bar that the cache knows, in one round: the
     // order of each menu's children and every item's key binding.
@@ -316,8 +324,7 @@ void AtspiMenuReader::prefetchFromCache(const AtspiRef& menuBar)
         if (!it->parent.isNull() && descendsFrom(it.key(), menuBar) && !hidden(*it))
             below.append(it.key());
     }
-    if (!below.isEmpty())
-        fetch(below, wantChildren | wantKeyBinding);
+    return below.isEmpty() || fetch(below, wantChildren | wantKeyBinding);
 }
 
 bool AtspiMenuReader::fetchSubtree(const AtspiRef& menuBar)
@@ -351,6 +358,7 @@ bool AtspiMenuReader::hidden(const Node& node) const
 AccessibilityElementRef AtspiMenuReader::makeMenuBar(const AtspiRef& menuBar, qint32 pid) const
 {
     auto bar = element(QStringLiteral("AXMenuBar"), QString(), menuBar, pid, readAt_);
+    bar->complete = complete_;
     for (const AtspiRef& ref : nodes_.value(menuBar).children) {
         const Node node = nodes_.value(ref);
         if (!node.role || hidden(node))

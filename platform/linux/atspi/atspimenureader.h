@@ -12,9 +12,12 @@ class AtspiMenuReader {
 public:
     explicit AtspiMenuReader(AtspiBus& bus);
 
-    // The menu bar of the application's active frame (else its first frame
-    // with one), or nothing.
-    AccessibilityElementRef readMenuBar(const AtspiRef& application, qint32 pid);
+    // The menu bar of the application's frame titled `windowTitle` (else its
+    // active frame, else its first frame with one), or nothing. Stops at the
+    // first call the application leaves unanswered; the menu bar says whether
+    // the reading is complete.
+    AccessibilityElementRef readMenuBar(const AtspiRef& application, qint32 pid, const QString& toolkit,
+                                        const QString& windowTitle = {});
 
     // Raw facts about one object, as fetched.
     struct Node {
@@ -33,7 +36,9 @@ private:
     bool fetchFromCache(const AtspiRef& application);
     std::optional<AtspiRef> findMenuBar(const AtspiRef& application);
     std::optional<AtspiRef> findMenuBarInCache(const QList<AtspiRef>& windows) const;
-    void prefetchFromCache(const AtspiRef& menuBar);
+    // The windows in the order they are searched: the one the user was in first.
+    QList<AtspiRef> windowsInOrder(const QList<AtspiRef>& windows) const;
+    bool prefetchFromCache(const AtspiRef& menuBar);
     bool descendsFrom(const AtspiRef& ref, const AtspiRef& ancestor) const;
     bool fetchSubtree(const AtspiRef& menuBar);
     // One round of calls, all in flight at once, for what is not yet known of
@@ -47,5 +52,7 @@ private:
     AtspiBus& bus_;
     QHash<AtspiRef, Node> nodes_;
     bool honourVisible_ = true;
+    QString windowTitle_;
+    bool complete_ = true;
     double readAt_ = 0;
 };

@@ -105,6 +105,9 @@ std::optional<X11Windows::WindowInfo> X11Windows::windowInfo(unsigned long windo
         const QString desktopFile = textProperty(window, "_KDE_NET_WM_DESKTOP_FILE");
         info.applicationId = QFileInfo(desktopFile).fileName().remove(QStringLiteral(".desktop"));
     }
+    info.title = textProperty(window, "_NET_WM_NAME");
+    if (info.title.isEmpty())
+        info.title = textProperty(window, "WM_NAME");
     XClassHint hint{};
     if (XGetClassHint(display_, window, &hint)) {
         info.windowClass = QString::fromLocal8Bit(hint.res_class);

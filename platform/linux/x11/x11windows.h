@@ -17,6 +17,7 @@ public:
         std::optional<qint32> pid;
         QString applicationId; // desktop application id, where the window announces one
         QString windowClass;   // WM_CLASS class
+        QString title;
     };
 
     X11Windows();
