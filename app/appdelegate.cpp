@@ -168,10 +168,13 @@ void AppDelegate::setupHotkeyService()
 
 void AppDelegate::applyAnalyticsOptIn(bool enabled)
 {
-    if (enabled)
+    if (enabled) {
         services_.analytics.start();
-    else
-        services_.analytics.stop(); // only when started: flushes crash reports for at most 2 s
+        return;
+    }
+    services_.analytics.stop(); // only when started: flushes crash reports for at most 2 s
+    // What a crash left for the next start was agreed to under the opt-in that ends now.
+    services_.analytics.discardPendingCrashReports();
 }
 
 void AppDelegate::startWorkspaceTracking()

@@ -1,5 +1,7 @@
 #include "app/notificationhub.h"
 
+#include "platform/crossthread.h"
+
 #include <QCoreApplication>
 #include <QThread>
 
@@ -27,7 +29,7 @@ void NotificationHub::post(Emit emitOnHubThread)
     if (QThread::currentThread() == thread())
         emitOnHubThread();
     else
-        QMetaObject::invokeMethod(this, emitOnHubThread, Qt::QueuedConnection);
+        CrossThread::post(this, emitOnHubThread);
 }
 
 void NotificationHub::postHotkeyModeChanged()

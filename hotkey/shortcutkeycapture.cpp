@@ -49,7 +49,7 @@ quint64 ShortcutKeyCapture::modifierFlags(Qt::KeyboardModifiers modifiers)
         flags |= ModifierFlag::Shift;
     if (modifiers & Qt::ControlModifier)
         flags |= ModifierFlag::Control;
-    if (modifiers & Qt::AltModifier)
+    if (modifiers & (Qt::AltModifier | Qt::GroupSwitchModifier))
         flags |= ModifierFlag::Option;
     if (modifiers & Qt::MetaModifier)
         flags |= ModifierFlag::Command;
@@ -58,8 +58,8 @@ quint64 ShortcutKeyCapture::modifierFlags(Qt::KeyboardModifiers modifiers)
 
 void ShortcutKeyCapture::setRecordingEnabled(bool enabled)
 {
-    if (enabled && !enabled_)
-        pendingRelease_.reset(); // a new recording
+    // A release still to come is kept: the recorder may be re-armed and
+    // disarmed while the recorded key is still down.
     enabled_ = enabled;
     updateFilter();
 }
@@ -81,18 +81,27 @@ void ShortcutKeyCapture::updateFilter()
 
 bool ShortcutKeyCapture::eventFilter(QObject* watched, QEvent* event)
 {
+    const bool atRecorder = watched == parent();
     switch (event->type()) {
     case QEvent::ShortcutOverride:
-        if (!enabled_)
+        // A press that will be recorded is claimed, so that no shortcut fires
+        // with it; the rest keep their shortcuts.
+        if (!enabled_ || !(wouldRecord(static_cast<QKeyEvent&>(*event)) || atRecorder))
             return QObject::eventFilter(watched, event);
-        // Claimed as a plain key press, so that no shortcut fires while armed.
         event->accept();
         return true;
-    case QEvent::KeyPress:
-        if (!enabled_)
+    case QEvent::KeyPress: {
+        const auto& key = static_cast<QKeyEvent&>(*event);
+        if (!enabled_) {
+            // The key is down again: its release went elsewhere (the window lost the focus).
+            if (pendingRelease_ && key.nativeScanCode() == *pendingRelease_ && !key.isAutoRepeat()) {
+                pendingRelease_.reset();
+                QMetaObject::invokeMethod(this, &ShortcutKeyCapture::updateFilter, Qt::QueuedConnection);
+            }
             return QObject::eventFilter(watched, event);
-        handleKeyPress(static_cast<QKeyEvent&>(*event));
-        return true;
+        }
+        return handleKeyPress(key) || atRecorder;
+    }
     case QEvent::KeyRelease: {
         const auto& key = static_cast<QKeyEvent&>(*event);
         if (pendingRelease_ && key.nativeScanCode() == *pendingRelease_ && !key.isAutoRepeat()) {
@@ -100,26 +109,26 @@ bool ShortcutKeyCapture::eventFilter(QObject* watched, QEvent* event)
             QMetaObject::invokeMethod(this, &ShortcutKeyCapture::updateFilter, Qt::QueuedConnection);
             return true;
         }
-        return enabled_ || QObject::eventFilter(watched, event);
+        return (enabled_ && atRecorder) || QObject::eventFilter(watched, event);
     }
     default:
         return QObject::eventFilter(watched, event);
     }
 }
 
-void ShortcutKeyCapture::handleKeyPress(const QKeyEvent& event)
+bool ShortcutKeyCapture::wouldRecord(const QKeyEvent& event) const
 {
-    // Every press is swallowed; only one with a modifier and a known key records.
-    if (isModifierKey(event.key()))
-        return;
-    const quint64 modifiers = modifierFlags(event.modifiers());
-    if (modifiers == 0)
-        return;
-    const std::optional<quint16> keyCode = layout_.keyCodeForScanCode(event.nativeScanCode());
-    if (!keyCode)
-        return;
+    return !isModifierKey(event.key()) && modifierFlags(event.modifiers()) != 0
+        && layout_.keyCodeForScanCode(event.nativeScanCode());
+}
+
+bool ShortcutKeyCapture::handleKeyPress(const QKeyEvent& event)
+{
+    if (!wouldRecord(event))
+        return false;
     enabled_ = false;
     pendingRelease_ = event.nativeScanCode();
     if (onShortcutRecorded)
-        onShortcutRecorded(*keyCode, modifiers);
+        onShortcutRecorded(*layout_.keyCodeForScanCode(event.nativeScanCode()), modifierFlags(event.modifiers()));
+    return true;
 }

@@ -4,6 +4,7 @@
 #include "menu/shortcuttext.h"
 #include "platform/accessibility.h"
 #include "platform/clock.h"
+#include "platform/crossthread.h"
 #include "search/usagetracker.h"
 
 #include <QPointer>
@@ -24,37 +25,36 @@ AccessibilityService::~AccessibilityService()
     // What runs holds this reader: it ends (each call has a time-out) before
     // the reader goes; what has not started yet never will.
     pool_.clear();
-    pool_.waitForDone();
+    CrossThread::waitForDone(pool_);
 }
 
 void AccessibilityService::readMenuItems(const std::optional<RunningApplication>& target, QObject* context,
                                          std::function<void(const QList<MenuItem>&)> done)
 {
     QPointer<QObject> receiver(context);
-    pool_.start([this, target, receiver, done = std::move(done)] {
+    CrossThread::start(pool_, [this, target, receiver, done = std::move(done)] {
         QList<MenuItem> items = getMenuItems(target);
-        QMetaObject::invokeMethod(&deliveries_, [receiver, done, items = std::move(items)] {
+        CrossThread::post(&deliveries_, [receiver, done, items = std::move(items)] {
             if (receiver && done)
                 done(items);
-        }, Qt::QueuedConnection);
+        });
     }, QThread::HighPriority);
 }
 
 void AccessibilityService::press(const MenuItem& item, UsageTracker& usage)
 {
     UsageTracker* tracker = &usage; // lives as long as the program (or the test)
-    pool_.start([this, item, tracker] {
+    CrossThread::start(pool_, [this, item, tracker] {
         pressMenuItem(item, accessibility_, [this, tracker](const QString& bundle, const QString& path) {
             // The history belongs to the UI thread.
-            QMetaObject::invokeMethod(&deliveries_, [tracker, bundle, path] { tracker->recordUsage(bundle, path); },
-                                      Qt::QueuedConnection);
+            CrossThread::post(&deliveries_, [tracker, bundle, path] { tracker->recordUsage(bundle, path); });
         });
     }, QThread::HighPriority);
 }
 
 std::optional<CachedMenuItems> AccessibilityService::cache() const
 {
-    QMutexLocker lock(&cacheMutex_);
+    std::lock_guard lock(cacheMutex_);
     return cache_;
 }
 
@@ -69,7 +69,7 @@ QList<MenuItem> AccessibilityService::getMenuItems(const std::optional<RunningAp
     const std::optional<QString> bundleID = app->bundleIdentifier;
 
     {
-        QMutexLocker lock(&cacheMutex_);
+        std::lock_guard lock(cacheMutex_);
         if (cache_ && cache_->pid == pid && cache_->window == window && clock_.seconds() - cache_->timestamp < cacheTTL)
             return cache_->items;
     }
@@ -94,7 +94,7 @@ QList<MenuItem> AccessibilityService::getMenuItems(const std::optional<RunningAp
     const AttributeRead complete = accessibility_.copyAttributeValue(*bar, AXName::readComplete);
     if (const bool* done = complete.as<bool>(); done && !*done)
         return result;
-    QMutexLocker lock(&cacheMutex_);
+    std::lock_guard lock(cacheMutex_);
     cache_ = CachedMenuItems{result, clock_.seconds(), pid, window};
     return result;
 }

@@ -4,11 +4,11 @@
 #include "platform/runningapplication.h"
 
 #include <QList>
-#include <QMutex>
 #include <QObject>
 #include <QThreadPool>
 
 #include <functional>
+#include <mutex>
 #include <optional>
 
 class Accessibility;
@@ -63,6 +63,9 @@ public:
     std::optional<QString> readShortcut(const AccessibilityElementRef& element);
 
     std::optional<CachedMenuItems> cache() const;
+    // Lives exactly as long as this reader: work queued on it for later (a
+    // delayed press) goes with the reader.
+    QObject& lifetime() { return deliveries_; }
     Accessibility& accessibility() { return accessibility_; }
 
 private:
@@ -70,7 +73,7 @@ private:
 
     Accessibility& accessibility_;
     const Clock& clock_;
-    mutable QMutex cacheMutex_;
+    mutable std::mutex cacheMutex_;
     std::optional<CachedMenuItems> cache_;
     QObject deliveries_; // results queued for the UI thread die with it
     QThreadPool pool_;   // declared last: waited for before anything above goes

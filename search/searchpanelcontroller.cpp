@@ -37,11 +37,16 @@ void SearchPanelController::setSearchServices(const SearchServices& services)
 
 QScreen* SearchPanelController::targetScreen() const
 {
-    // The screen of the window the user works in, else the one under the pointer.
+    // The screen of the window the user works in, else the one under the
+    // pointer. The window manager gives positions in the desktop's own pixels.
     if (targetApp_) {
         if (const auto geometry = windows_.windowGeometry(*targetApp_)) {
-            if (QScreen* screen = QGuiApplication::screenAt(geometry->center()))
-                return screen;
+            const QList<QScreen*> screens = QGuiApplication::screens();
+            QList<ScreenArea> areas;
+            for (QScreen* screen : screens)
+                areas.append({screen->geometry(), screen->devicePixelRatio()});
+            if (const auto found = screenOfNativePoint(areas, geometry->center()))
+                return screens[found->first];
         }
     }
     if (QScreen* screen = QGuiApplication::screenAt(QCursor::pos()))

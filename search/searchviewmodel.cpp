@@ -2,6 +2,7 @@
 
 #include "menu/accessibilityservice.h"
 #include "menu/pressmenuitem.h"
+#include "platform/crossthread.h"
 #include "search/fuzzymatch.h"
 #include "search/usagetracker.h"
 #include "telemetry/analyticsservice.h"
@@ -230,13 +231,15 @@ std::vector<RankedItem> SearchViewModel::filteredItems() const
     const size_t sliceSize = (count + helpers) / (helpers + 1);
     QSemaphore done;
     for (size_t s = 1; s <= helpers; ++s) {
-        rankingPool().start([&, s] {
+        CrossThread::start(rankingPool(), [&, s] {
             rankRange(query, std::min(count, s * sliceSize), std::min(count, (s + 1) * sliceSize), slices[s]);
+            CrossThread::handOff();
             done.release();
         });
     }
     rankRange(query, 0, std::min(count, sliceSize), slices[0]);
     done.acquire(int(helpers));
+    CrossThread::takeOver();
 
     std::vector<RankedItem> ranked = std::move(slices[0]);
     for (size_t s = 1; s <= helpers; ++s)
@@ -287,8 +290,9 @@ void SearchViewModel::executeItem(const RankedItem& result, int rankPosition)
     if (onDismiss_)
         onDismiss_();
     // By then the panel is closed and the target active again. The press must
-    // happen even if this model is released meanwhile.
-    QTimer::singleShot(kPressDelayMs, QCoreApplication::instance(), [press = services_.press, item] { press(item); });
+    // happen even if this model is released meanwhile, but not after the
+    // reader it goes through.
+    QTimer::singleShot(kPressDelayMs, &accessibilityService_.lifetime(), [press = services_.press, item] { press(item); });
 }
 
 void SearchViewModel::track(const QString& name, const QVariantMap& properties)

@@ -106,6 +106,7 @@ void AnalyticsService::start()
     CrashReporter::Options options;
     options.dsn = sentryDSN;
     options.releaseName = QStringLiteral("kestrio@%1+%2").arg(appVersion(), appBuild());
+    options.beforeSend = &CrashReporter::scrubEvent;
     crashReporter_.start(options);
     isStarted_ = true;
     track(QStringLiteral("app_launched"), {
@@ -123,6 +124,11 @@ void AnalyticsService::stop()
     crashReporter_.flush(kFlushTimeoutSeconds);
     crashReporter_.stop();
     isStarted_ = false;
+}
+
+void AnalyticsService::discardPendingCrashReports()
+{
+    crashReporter_.discardPendingCrashes();
 }
 
 void AnalyticsService::track(const QString& eventName, const QVariantMap& properties)

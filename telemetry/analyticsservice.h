@@ -40,6 +40,8 @@ public:
     void start();
     // Opt-out and termination: flush crash reports (at most 2 s), then stop.
     void stop();
+    // Opt-out only: crash records that wait to be sent never will be.
+    void discardPendingCrashReports();
     bool isStarted() const { return isStarted_; }
 
     void track(const QString& eventName, const QVariantMap& properties = {});

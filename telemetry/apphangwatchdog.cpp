@@ -1,13 +1,18 @@
 #include "telemetry/apphangwatchdog.h"
 
-#include <QDateTime>
-#include <QPointer>
+#include "platform/crossthread.h"
+
+
+#include <chrono>
 
 namespace {
 
+// A clock that only moves forward: the wall clock may jump (time zones,
+// network time) and would make a hang out of nothing, or hide one.
 qint64 nowMs()
 {
-    return QDateTime::currentMSecsSinceEpoch();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now().time_since_epoch())
+        .count();
 }
 
 constexpr int kPingIntervalMs = 250;
@@ -35,28 +40,24 @@ void AppHangWatchdog::start()
         return;
     lastAnswerMs_ = nowMs();
     hangStartMs_ = 0;
-    thread_.reset(QThread::create([this] { watch(); }));
-    thread_->start();
+    thread_ = std::thread([this] { watch(); });
 }
 
 void AppHangWatchdog::stop()
 {
     if (!running_.exchange(false))
         return;
-    thread_->wait();
-    thread_.reset();
+    thread_.join();
 }
 
 void AppHangWatchdog::watch()
 {
-    QPointer<AppHangWatchdog> self(this);
+    // The watchdog outlives no ping: stop() waits for this thread, and a ping
+    // still queued dies with the object.
     while (running_) {
         const qint64 pingedAt = nowMs();
-        QMetaObject::invokeMethod(this, [self, pingedAt] {
-            if (self)
-                self->answer(pingedAt);
-        }, Qt::QueuedConnection);
-        QThread::msleep(kPingIntervalMs);
+        CrossThread::post(this, [this, pingedAt] { answer(pingedAt); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(kPingIntervalMs));
         const qint64 silent = nowMs() - lastAnswerMs_;
         if (silent >= thresholdMs_ && hangStartMs_ == 0)
             hangStartMs_ = lastAnswerMs_.load();

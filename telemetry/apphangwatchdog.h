@@ -1,10 +1,10 @@
 #pragma once
 
 #include <QObject>
-#include <QThread>
 
 #include <atomic>
 #include <functional>
+#include <thread>
 
 // Watches whether the main thread still answers. A thread of its own pings
 // the main thread; when an answer is `threshold` seconds late, the hang is
@@ -28,7 +28,7 @@ private:
 
     Report report_;
     const qint64 thresholdMs_;
-    std::unique_ptr<QThread> thread_;
+    std::thread thread_;
     std::atomic<bool> running_{false};
     std::atomic<qint64> lastAnswerMs_{0};
     std::atomic<qint64> hangStartMs_{0};

@@ -4,6 +4,7 @@
 #include "telemetry/apphangwatchdog.h"
 #include "telemetry/appinfo.h"
 #include "telemetry/crashsignalhandler.h"
+#include "telemetry/nativeimages.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -13,6 +14,7 @@
 #include <QJsonDocument>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
+#include <QSysInfo>
 #include <QTimer>
 #include <QUuid>
 
@@ -28,6 +30,23 @@ QString eventId()
 QString isoSeconds(qint64 secondsSinceEpoch)
 {
     return QDateTime::fromSecsSinceEpoch(secondsSinceEpoch, Qt::UTC).toString(Qt::ISODate);
+}
+
+QString memoryMapOf(const QString& record)
+{
+    return record.chopped(QStringLiteral(".json").size()) + QStringLiteral(".maps");
+}
+
+// The crash service's stack trace: the caller first, the crashing frame last.
+QJsonObject stacktrace(const QJsonArray& framesNewestFirst)
+{
+    QJsonArray frames;
+    for (qsizetype i = framesNewestFirst.size() - 1; i >= 0; --i) {
+        const QString address = framesNewestFirst.at(i).toString();
+        if (address.startsWith(QLatin1String("0x")))
+            frames.append(QJsonObject{{"instruction_addr", address}});
+    }
+    return QJsonObject{{"frames", frames}};
 }
 
 } // namespace
@@ -83,6 +102,7 @@ QJsonObject CrashReporter::makeEvent(const QString& level, const QString& type, 
         {"level", level},
         {"release", options_.releaseName},
         {"environment", options_.environment},
+        {"server_name", QSysInfo::machineHostName()}, // as the service's own clients add it
         {"exception", QJsonObject{{"values", QJsonArray{QJsonObject{{"type", type}, {"value", description}}}}}},
         {"extra", QJsonObject::fromVariantMap(extras)},
         {"contexts", QJsonObject{
@@ -104,7 +124,8 @@ void CrashReporter::send(QJsonObject event, const QString& doneFile)
 {
     if (!dsn_)
         return;
-    event = scrubEvent(std::move(event));
+    if (options_.beforeSend)
+        event = options_.beforeSend(std::move(event));
     const QByteArray body = QJsonDocument(event).toJson(QJsonDocument::Compact);
     const QByteArray header = QJsonDocument(QJsonObject{
         {"event_id", event.value("event_id")},
@@ -129,8 +150,10 @@ void CrashReporter::send(QJsonObject event, const QString& doneFile)
         inFlight_.remove(reply);
         const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
         // A crash record is kept until the service took it.
-        if (!doneFile.isEmpty() && reply->error() == QNetworkReply::NoError && status >= 200 && status < 300)
+        if (!doneFile.isEmpty() && reply->error() == QNetworkReply::NoError && status >= 200 && status < 300) {
             QFile::remove(doneFile);
+            QFile::remove(memoryMapOf(doneFile));
+        }
         reply->deleteLater();
     });
 }
@@ -150,6 +173,13 @@ void CrashReporter::flush(double timeoutSeconds)
         }, Qt::QueuedConnection);
     deadline.start(int(timeoutSeconds * 1000));
     loop.exec(QEventLoop::ExcludeUserInputEvents);
+}
+
+void CrashReporter::discardPendingCrashes()
+{
+    QDir folder(crashFolder_);
+    for (const QString& name : folder.entryList({QStringLiteral("crash-*.json"), QStringLiteral("crash-*.maps")}, QDir::Files))
+        folder.remove(name);
 }
 
 void CrashReporter::sendPendingCrashes()
@@ -172,6 +202,19 @@ void CrashReporter::sendPendingCrashes()
         QJsonObject event = makeEvent(QStringLiteral("fatal"), signal,
                                       QStringLiteral("Fatal signal %1 (%2)").arg(record.value("signal").toInt()).arg(signal),
                                       {}, qint64(record.value("time").toDouble()));
+        // Where it crashed: the crashing thread's stack, and the modules that
+        // were loaded, so that the service can name the functions.
+        QJsonObject exception = event.value("exception").toObject().value("values").toArray().at(0).toObject();
+        exception.insert("mechanism", QJsonObject{
+            {"type", "signalhandler"},
+            {"handled", false},
+            {"meta", QJsonObject{{"signal", QJsonObject{{"number", record.value("signal").toInt()}, {"name", signal}}}}},
+        });
+        exception.insert("stacktrace", stacktrace(record.value("frames").toArray()));
+        event.insert("exception", QJsonObject{{"values", QJsonArray{exception}}});
+        QFile maps(memoryMapOf(path));
+        if (maps.open(QIODevice::ReadOnly))
+            event.insert("debug_meta", NativeImages::debugMeta(NativeImages::fromMemoryMap(maps.read(4 << 20))));
         // The crash belongs to the release that crashed, not to this one.
         if (const QString release = record.value("release").toString(); !release.isEmpty())
             event.insert("release", release);

@@ -7,6 +7,7 @@
 #include <QSet>
 #include <QVariantMap>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -32,6 +33,8 @@ public:
         double appHangTimeoutInterval = 2.0;
         QString releaseName;
         QString environment = QStringLiteral("production");
+        // Runs on every outgoing event and may change it.
+        std::function<QJsonObject(QJsonObject)> beforeSend;
     };
 
     // Crash records wait in `crashFolder` until a start sends them.
@@ -47,6 +50,9 @@ public:
     void captureError(const QString& type, const QString& description, const QVariantMap& extras);
     // Waits until every report in flight is sent, at most `timeoutSeconds`.
     void flush(double timeoutSeconds);
+    // Deletes the crash records still waiting to be sent: the user opted out,
+    // so they are never sent, not even after a later opt-in.
+    void discardPendingCrashes();
 
     // Every outgoing event passes here: no user, no server name.
     static QJsonObject scrubEvent(QJsonObject event);

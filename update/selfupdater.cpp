@@ -2,6 +2,7 @@
 
 #include "app/platformwords.h"
 #include "buildconfig.h"
+#include "platform/crossthread.h"
 #include "platform/updatepackaging.h"
 #include "update/installmarker.h"
 #include "update/networkfailure.h"
@@ -307,16 +308,16 @@ void SelfUpdater::handleDownloadFinished(const std::optional<QString>& error)
                                  attempt->workspace->path(),
                                  environment_.processIdentifier};
     QPointer<SelfUpdater> self(this);
-    QThreadPool::globalInstance()->start([self, request, terminate = environment_.terminate] {
+    CrossThread::start(*QThreadPool::globalInstance(), [self, request, terminate = environment_.terminate] {
         const std::optional<QString> failure = installUpdate(request);
-        QMetaObject::invokeMethod(QCoreApplication::instance(), [self, failure, terminate] {
+        CrossThread::post(QCoreApplication::instance(), [self, failure, terminate] {
             if (failure) {
                 if (self)
                     self->setState(State::failed(*failure));
             } else if (terminate) {
                 terminate();
             }
-        }, Qt::QueuedConnection);
+        });
     });
 }
 

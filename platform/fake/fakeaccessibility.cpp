@@ -74,13 +74,13 @@ void FakeAccessibility::addApplication(qint32 pid, std::shared_ptr<FakeElement> 
     app->set(QStringLiteral("AXRole"), QStringLiteral("AXApplication"));
     if (menuBar)
         app->set(AXName::menuBar, AccessibilityElementRef(menuBar));
-    QMutexLocker lock(&mutex_);
+    std::lock_guard lock(mutex_);
     applications_.insert({pid, window.value_or(0)}, app);
 }
 
 std::shared_ptr<FakeElement> FakeAccessibility::application(qint32 pid, std::optional<quint64> window) const
 {
-    QMutexLocker lock(&mutex_);
+    std::lock_guard lock(mutex_);
     if (auto app = applications_.value({pid, window.value_or(0)}))
         return app;
     return applications_.value({pid, 0});
@@ -117,14 +117,12 @@ AccessibilityElementRef FakeAccessibility::applicationElement(qint32 pid, std::o
 AttributeRead FakeAccessibility::copyAttributeValue(const AccessibilityElementRef& element, const QString& attribute)
 {
     {
-        QMutexLocker lock(&mutex_);
+        std::lock_guard lock(mutex_);
         ++attributeReads;
     }
     const auto* fake = dynamic_cast<const FakeElement*>(element.get());
-    if (fake && fake->frozen) {
-        fake->frozen->acquire();
-        fake->frozen->release(); // the next read passes too
-    }
+    if (fake && fake->frozen)
+        fake->frozen->pass();
     if (!fake || fake->vanished)
         return {AccessibilityError::invalidElement, {}};
     if (!trusted)

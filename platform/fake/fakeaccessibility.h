@@ -3,14 +3,36 @@
 #include "platform/accessibility.h"
 
 #include <QHash>
-#include <QMutex>
 #include <QPointer>
-#include <QSemaphore>
 
 #include <atomic>
+#include <condition_variable>
+#include <mutex>
 
 #include <initializer_list>
 #include <memory>
+
+// Holds back whoever passes until a test opens it: an application that does
+// not answer, until it does.
+class Gate {
+public:
+    void open()
+    {
+        std::lock_guard lock(mutex_);
+        open_ = true;
+        opened_.notify_all();
+    }
+    void pass()
+    {
+        std::unique_lock lock(mutex_);
+        opened_.wait(lock, [this] { return open_; });
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable opened_;
+    bool open_ = false;
+};
 
 // An element of a made-up application, with attributes a test sets.
 class FakeElement final : public AccessibilityElement {
@@ -21,7 +43,7 @@ public:
     mutable std::atomic<int> pressCount = 0;
     // When set, every read of this element waits until the test releases it:
     // an application that does not answer.
-    std::shared_ptr<QSemaphore> frozen;
+    std::shared_ptr<Gate> frozen;
 
     void set(const QString& attribute, AccessibilityValue value);
 
@@ -68,7 +90,7 @@ public:
     int skippedLeadingMenus() const override { return leadingMenus; }
 
 private:
-    mutable QMutex mutex_;
+    mutable std::mutex mutex_;
     QHash<std::pair<qint32, quint64>, std::shared_ptr<FakeElement>> applications_; // window 0: the application's own
     QList<std::pair<QPointer<QObject>, std::function<void()>>> trustWaiters_;
 };

@@ -159,3 +159,37 @@ TEST_F(MenuAccess, TheMenusOfTheWindowTheUserWasIn)
 }
 
 } // namespace
+
+namespace {
+
+// The accessibility bus goes away (its launcher ended) and comes back at a
+// new address: the running program uses the new one without a restart, so an
+// application started afterwards is found there.
+TEST(AccessibilityBus, ARestartedBusIsUsedAgain)
+{
+    ReportingProcess probe(QStringLiteral(TRUST_PROBE_PATH), {});
+    ASSERT_TRUE(probe.reports([](const QJsonObject& s) { return s["trusted"] == true; }));
+
+    // Only this session's launcher (others run beside it on the machine): the
+    // parent of the bus that lives in this session's runtime folder.
+    const QString bus = run("pgrep", {"-f", qEnvironmentVariable("XDG_RUNTIME_DIR") + "/at-spi/bus"})
+                            .out.split(u'\n', Qt::SkipEmptyParts).value(0);
+    ASSERT_FALSE(bus.isEmpty());
+    QFile stat(QStringLiteral("/proc/%1/stat").arg(bus));
+    ASSERT_TRUE(stat.open(QIODevice::ReadOnly));
+    const QString launcher = QString::fromLatin1(stat.readAll()).section(u')', -1).split(u' ', Qt::SkipEmptyParts).value(1);
+    run("kill", {"-TERM", launcher, bus});
+    ASSERT_TRUE(eventually([&] { return !QFileInfo::exists(QStringLiteral("/proc/") + bus); }));
+
+    // Started now, the application registers on the bus that activation
+    // brings back, at another address.
+    Applications apps;
+    run("dbus-send", {"--session", "--print-reply=literal", "--dest=org.a11y.Bus", "/org/a11y/bus",
+                      "org.a11y.Bus.GetAddress"});
+    ASSERT_EQ(apps.start("mousepad", {}, "mousepad", "File → Save As"), "mousepad");
+    EXPECT_TRUE(probe.reports([](const QJsonObject& s) {
+        return s["trusted"] == true && s["apps"].toArray().contains(QStringLiteral("mousepad"));
+    }));
+}
+
+} // namespace

@@ -14,8 +14,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (auto* manifest = std::get_if<VersionManifest>(&decoded)) {
         if (manifest->version.isNull() || manifest->downloadUrl.isNull())
             std::abort(); // a decoded manifest always has its required texts
+        // A result carries the manifest's version and address as they were.
         if (auto result = UpdateCheckResult::make(*manifest, QStringLiteral("1.0.0"))) {
-            if (result->isNewer != isNewerVersion(manifest->version, QStringLiteral("1.0.0")))
+            if (result->latestVersion != manifest->version || !result->downloadURL.isValid())
                 std::abort();
         }
     } else if (std::get<VersionManifest::DecodeError>(decoded).description.isEmpty()) {
@@ -23,13 +24,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     }
 
     const QString text = QString::fromUtf8(body);
-    const qsizetype half = text.size() / 2;
-    const QString a = text.left(half), b = text.mid(half);
+    const qsizetype third = text.size() / 3;
+    const QString a = text.left(third), b = text.mid(third, third), c = text.mid(2 * third);
     versionComponents(text);
-    // Strictly newer is antisymmetric and irreflexive.
+    // Strictly newer is an order: antisymmetric, irreflexive, transitive.
     if (isNewerVersion(a, b) && isNewerVersion(b, a))
         std::abort();
     if (isNewerVersion(a, a))
+        std::abort();
+    if (isNewerVersion(a, b) && isNewerVersion(b, c) && !isNewerVersion(a, c))
+        std::abort();
+    // Missing pieces count as 0: a trailing ".0" changes nothing.
+    if (isNewerVersion(a + QStringLiteral(".0"), a) || isNewerVersion(a, a + QStringLiteral(".0")))
         std::abort();
     return 0;
 }

@@ -214,21 +214,20 @@ TEST_F(AccessibilityServiceTest, OverlappingReadingsFromSeveralThreads)
 {
     addEditor({E::barMenu("File", {E::item("Open"), E::item("Close")})});
     addEditor({E::barMenu("Go", {E::item("Back")})}, 7);
-    std::vector<std::unique_ptr<QThread>> threads;
+    std::vector<std::thread> threads;
     std::atomic<int> wrong = 0;
     for (int t = 0; t < 4; ++t) {
-        threads.emplace_back(QThread::create([&, t] {
+        threads.emplace_back([&, t] {
             for (int i = 0; i < 200; ++i) {
                 const bool editor = (i + t) % 2 == 0;
                 const auto items = service.getMenuItems(editor ? kEditor : RunningApplication{7, "V", std::nullopt});
                 if (items.size() != (editor ? 2 : 1))
                     ++wrong;
             }
-        }));
-        threads.back()->start();
+        });
     }
     for (auto& thread : threads)
-        thread->wait();
+        thread.join();
     EXPECT_EQ(wrong, 0);
 }
 
@@ -266,7 +265,7 @@ TEST_F(AccessibilityServiceTest, FrozenApplicationsNeverDelayAReadingOfALiveOne)
 {
     addEditor({E::barMenu("File", {E::item("Open")})});
     addEditor({E::barMenu("Go", {E::item("Back")})}, 7);
-    auto gate = std::make_shared<QSemaphore>(0);
+    auto gate = std::make_shared<Gate>();
     ax.application(7)->frozen = gate;
     QObject receiver;
     int frozenDeliveries = 0;
@@ -278,7 +277,7 @@ TEST_F(AccessibilityServiceTest, FrozenApplicationsNeverDelayAReadingOfALiveOne)
     EXPECT_TRUE(eventually([&] { return live.has_value(); }));
     EXPECT_EQ(live.value_or(QList<MenuItem>{}).size(), 1);
     EXPECT_EQ(frozenDeliveries, 0);
-    gate->release();
+    gate->open();
     EXPECT_TRUE(eventually([&] { return frozenDeliveries == AccessibilityService::kMaxConcurrent - 1; }));
 }
 
@@ -289,7 +288,7 @@ TEST(AccessibilityServiceLifetime, GoingWhileReadingsRunIsSafe)
     FakeAccessibility ax;
     ax.leadingMenus = 0;
     ax.addApplication(7, E::menuBar({E::barMenu("Go", {E::item("Back")})}));
-    auto gate = std::make_shared<QSemaphore>(0);
+    auto gate = std::make_shared<Gate>();
     ax.application(7)->frozen = gate;
     TempSettings settings;
     UsageTracker usage{settings.store()};
@@ -304,7 +303,7 @@ TEST(AccessibilityServiceLifetime, GoingWhileReadingsRunIsSafe)
         // The application answers again a little later, while the reader waits.
         std::thread answer([gate] {
             QThread::msleep(200);
-            gate->release();
+            gate->open();
         });
         answer.detach();
     }
@@ -319,11 +318,11 @@ TEST_F(AccessibilityServiceTest, PressesOffTheUiThreadAndRecordsOnIt)
     TempSettings settings;
     UsageTracker usage{settings.store()};
     const MenuItem item = service.getMenuItems(kEditor).value(0);
-    auto gate = std::make_shared<QSemaphore>(0);
+    auto gate = std::make_shared<Gate>();
     std::const_pointer_cast<FakeElement>(std::static_pointer_cast<const FakeElement>(item.axElement))->frozen = gate;
     service.press(item, usage); // the application is busy: the UI thread goes on
     EXPECT_EQ(usage.count("org.editor", "File → Save"), 0);
-    gate->release();
+    gate->open();
     EXPECT_TRUE(eventually([&] { return usage.count("org.editor", "File → Save") == 1; }));
 }
 

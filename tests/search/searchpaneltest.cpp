@@ -38,6 +38,39 @@ TEST(SearchPanelGeometry, CentredAndRaisedOnTheFreeArea)
     EXPECT_EQ(searchPanelFrame(QRectF(1920, 0, 1280, 1024)), QRectF(2260, 212, 600, 400));
 }
 
+// Window positions come in the desktop's own pixels; screens are found and
+// points converted as the toolkit scales each screen around its top left.
+TEST(SearchPanelGeometry, TheScreenOfAPointInTheDesktopsPixels)
+{
+    // A 4K laptop panel at twice the scale on the left, a plain 1080p monitor on the right.
+    const QList<ScreenArea> laptopLeft{{QRect(0, 0, 1920, 1080), 2}, {QRect(3840, 0, 1920, 1080), 1}};
+    // The plain monitor on the left, the scaled one on the right.
+    const QList<ScreenArea> laptopRight{{QRect(0, 0, 1920, 1080), 1}, {QRect(1920, 0, 1920, 1080), 2}};
+    struct Case {
+        const char* name;
+        const QList<ScreenArea>& screens;
+        QPoint native;
+        std::optional<qsizetype> screen;
+        QPointF point;
+    };
+    const std::vector<Case> table{
+        {"scaled screen, beyond its size in its own units", laptopLeft, {2500, 1500}, 0, {1250, 750}},
+        {"scaled screen, near its top left", laptopLeft, {10, 20}, 0, {5, 10}},
+        {"plain screen beside a scaled one", laptopLeft, {4000, 500}, 1, {4000, 500}},
+        {"plain screen first", laptopRight, {1000, 500}, 0, {1000, 500}},
+        {"scaled screen second", laptopRight, {3000, 2000}, 1, {2460, 1000}},
+        {"between the screens' rows", laptopLeft, {4000, 1500}, std::nullopt, {}},
+    };
+    for (const Case& c : table) {
+        const auto found = screenOfNativePoint(c.screens, c.native);
+        ASSERT_EQ(found.has_value(), c.screen.has_value()) << c.name;
+        if (!found)
+            continue;
+        EXPECT_EQ(found->first, *c.screen) << c.name;
+        EXPECT_EQ(found->second, c.point) << c.name;
+    }
+}
+
 class Panel : public testing::Test {
 protected:
     TempSettings settings;
@@ -103,8 +136,10 @@ TEST_F(Panel, BodyStatesAndFooter)
 TEST_F(Panel, PlacedOnTheScreenAndEverywhere)
 {
     open();
-    const QRect available = QGuiApplication::primaryScreen()->availableGeometry();
-    EXPECT_EQ(controller->panel()->geometry(), searchPanelFrame(QRectF(available)).toRect());
+    // The off-screen test display is 800 × 800 with nothing taking room: the
+    // 600 × 400 panel is centred, its centre 100 above the screen's.
+    ASSERT_EQ(QGuiApplication::primaryScreen()->availableGeometry(), QRect(0, 0, 800, 800));
+    EXPECT_EQ(controller->panel()->geometry(), QRect(100, 100, 600, 400));
     EXPECT_EQ(windows.onAllWorkspaces.size(), 1);
     EXPECT_EQ(windows.ownActivated.size(), 1);
 }
@@ -220,13 +255,23 @@ TEST_F(Panel, ReleasingTheControllerRemovesItsFilter)
 
 TEST_F(Panel, DisabledItemsLookLikeEnabledOnes)
 {
-    open();
-    QTest::keyClicks(field(), "paste");
-    ASSERT_EQ(view().results()->rowCount(), 1);
-    const QModelIndex row = view().results()->index(0);
-    EXPECT_EQ(row.data(ResultListModel::TitleRole), "Paste");
-    EXPECT_EQ(row.data(ResultListModel::BreadcrumbRole), "Edit");
-    EXPECT_EQ(row.flags() & Qt::ItemIsEnabled, Qt::ItemIsEnabled);
+    // The same command twice, disabled and enabled, then one more to hold the selection.
+    ax.addApplication(9, E::menuBar({E::barMenu("Edit", {E::item("Paste", false), E::item("Paste", true)}),
+                                     E::barMenu("View", {E::item("Zoom")})}));
+    open(RunningApplication{9, "Twins", std::nullopt});
+    ASSERT_TRUE(eventually([&] { return view().results()->rowCount() == 3; }));
+    QTest::keyClick(field(), Qt::Key_Down);
+    QTest::keyClick(field(), Qt::Key_Down);
+    auto* list = view().findChild<QListView*>();
+    ASSERT_TRUE(list);
+    QCoreApplication::processEvents();
+    const QRect first = list->visualRect(view().results()->index(0));
+    const QRect second = list->visualRect(view().results()->index(1));
+    ASSERT_EQ(first.size(), second.size());
+    const QImage disabled = list->viewport()->grab(first).toImage();
+    const QImage enabled = list->viewport()->grab(second).toImage();
+    EXPECT_FALSE(disabled.isNull());
+    EXPECT_EQ(disabled, enabled);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "platform/linux/atspi/atspiaccessibility.h"
 
 #include "platform/clock.h"
+#include "platform/crossthread.h"
 #include "platform/linux/atspi/atspielement.h"
 #include "platform/linux/atspi/atspimenureader.h"
 
@@ -40,7 +41,7 @@ AtspiAccessibility::AtspiAccessibility()
 
 AtspiAccessibility::~AtspiAccessibility()
 {
-    pool_.waitForDone();
+    CrossThread::waitForDone(pool_);
 }
 
 bool AtspiAccessibility::checkTrust()
@@ -66,13 +67,11 @@ void AtspiAccessibility::checkTrustSoon()
 {
     if (trustCheckQueued_.exchange(true))
         return;
-    pool_.start([this] {
+    CrossThread::start(pool_, [this] {
         const bool trusted = checkTrust();
         const int generation = bus_.generation();
         trustCheckQueued_ = false;
-        QMetaObject::invokeMethod(&context_, [this, trusted, generation] {
-            trustAnswered(trusted, generation);
-        }, Qt::QueuedConnection);
+        CrossThread::post(&context_, [this, trusted, generation] { trustAnswered(trusted, generation); });
     });
 }
 
@@ -200,7 +199,7 @@ AttributeRead AtspiAccessibility::copyAttributeValue(const AccessibilityElementR
 QDBusConnection AtspiAccessibility::pressConnection(const AtspiRef& application, bool& peer)
 {
     {
-        QMutexLocker lock(&peersMutex_);
+        std::lock_guard lock(peersMutex_);
         if (peers_.contains(application.bus)) {
             const std::optional<QDBusConnection> known = peers_.value(application.bus);
             peer = known.has_value() && known->isConnected();
@@ -219,7 +218,7 @@ QDBusConnection AtspiAccessibility::pressConnection(const AtspiRef& application,
         if (p2p.isConnected())
             connection = p2p;
     }
-    QMutexLocker lock(&peersMutex_);
+    std::lock_guard lock(peersMutex_);
     peers_.insert(application.bus, connection);
     peer = connection.has_value();
     return connection ? *connection : bus_.connection();
@@ -252,7 +251,7 @@ AccessibilityError AtspiAccessibility::performAction(const AccessibilityElementR
 void AtspiAccessibility::requestTrust()
 {
     // Toolkits expose their objects once the desktop says accessibility is on.
-    pool_.start([this] {
+    CrossThread::start(pool_, [] {
         QDBusMessage enable = QDBusMessage::createMethodCall(
             QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
             QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Set"));

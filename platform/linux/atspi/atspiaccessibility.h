@@ -6,12 +6,12 @@
 #include "platform/linux/x11/x11windows.h"
 
 #include <QHash>
-#include <QMutex>
 #include <QPointer>
 #include <QThreadPool>
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 
 class QDBusServiceWatcher;
 
@@ -72,6 +72,6 @@ private:
     QList<std::pair<QPointer<QObject>, std::function<void()>>> trustWaiters_;
     std::unique_ptr<QDBusServiceWatcher> busWatcher_;
 
-    QMutex peersMutex_;
+    std::mutex peersMutex_;
     QHash<QString, std::optional<QDBusConnection>> peers_; // by application bus name
 };

@@ -1,5 +1,7 @@
 #include "platform/linux/atspi/atspiapplications.h"
 
+#include "platform/crossthread.h"
+
 #include <QCoreApplication>
 #include <QDBusMessage>
 #include <QPointer>
@@ -23,23 +25,23 @@ AtspiApplications::~AtspiApplications() = default;
 
 std::optional<AtspiApplications::Info> AtspiApplications::find(qint32 pid) const
 {
-    QMutexLocker lock(&mutex_);
+    std::lock_guard lock(mutex_);
     const auto it = byPid_.constFind(pid);
     return it == byPid_.constEnd() ? std::nullopt : std::optional<Info>(*it);
 }
 
 QList<AtspiApplications::Info> AtspiApplications::all() const
 {
-    QMutexLocker lock(&mutex_);
+    std::lock_guard lock(mutex_);
     return byPid_.values();
 }
 
 void AtspiApplications::refreshNow()
 {
-    QMutexLocker once(&refreshing_);
+    std::lock_guard once(refreshing_);
     refreshQueued_ = false;
     if (!bus_.ensureConnected()) {
-        QMutexLocker lock(&mutex_);
+        std::lock_guard lock(mutex_);
         byPid_.clear();
         return;
     }
@@ -59,7 +61,7 @@ void AtspiApplications::refreshNow()
     // This process is left out: asking it anything would wait on its own thread.
     const qint32 self = qint32(QCoreApplication::applicationPid());
     const QHash<qint32, Info> before = [this] {
-        QMutexLocker lock(&mutex_);
+        std::lock_guard lock(mutex_);
         return byPid_;
     }();
     QHash<qint32, Info> now;
@@ -90,7 +92,7 @@ void AtspiApplications::refreshNow()
         info.answered = !AtspiBus::timedOut(name.reply());
     }
     const bool different = [&] {
-        QMutexLocker lock(&mutex_);
+        std::lock_guard lock(mutex_);
         const bool changedPids = byPid_.keys() != now.keys();
         byPid_ = now;
         return changedPids;
@@ -98,7 +100,7 @@ void AtspiApplications::refreshNow()
 
     const int generation = bus_.generation();
     QPointer<AtspiApplications> self_(this);
-    QMetaObject::invokeMethod(this, [self_, generation, different] {
+    CrossThread::post(this, [self_, generation, different] {
         if (!self_)
             return;
         if (self_->listeningTo_ != generation) {
@@ -107,7 +109,7 @@ void AtspiApplications::refreshNow()
         }
         if (different)
             emit self_->changed();
-    }, Qt::QueuedConnection);
+    });
 }
 
 void AtspiApplications::refreshSoon()
@@ -115,7 +117,7 @@ void AtspiApplications::refreshSoon()
     if (refreshQueued_.exchange(true))
         return;
     // The owner waits for the pool before this object goes.
-    pool_.start([this] { refreshNow(); });
+    CrossThread::start(pool_, [this] { refreshNow(); });
 }
 
 std::optional<AtspiApplications::Info> AtspiApplications::lookup(qint32 pid)

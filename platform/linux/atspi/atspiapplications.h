@@ -3,10 +3,10 @@
 #include "platform/linux/atspi/atspibus.h"
 
 #include <QHash>
-#include <QMutex>
 #include <QObject>
 
 #include <atomic>
+#include <mutex>
 #include <optional>
 
 class QThreadPool;
@@ -51,9 +51,9 @@ private:
 
     AtspiBus& bus_;
     QThreadPool& pool_;
-    mutable QMutex mutex_;
+    mutable std::mutex mutex_;
     QHash<qint32, Info> byPid_;
-    QMutex refreshing_;
+    std::mutex refreshing_;
     std::atomic<bool> refreshQueued_ = false;
     int listeningTo_ = 0; // the bus generation whose registry signals arrive here; UI thread only
 };

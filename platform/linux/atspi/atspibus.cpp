@@ -27,7 +27,7 @@ AtspiBus::~AtspiBus()
 
 bool AtspiBus::ensureConnected()
 {
-    QMutexLocker attempt(&connecting_);
+    std::lock_guard attempt(connecting_);
     if (isConnected())
         return true;
 
@@ -46,7 +46,7 @@ bool AtspiBus::ensureConnected()
 
     int generation = 0;
     {
-        QMutexLocker lock(&mutex_);
+        std::lock_guard lock(mutex_);
         generation = generation_ + 1;
     }
     const QString name = QStringLiteral("kestrio-a11y-%1").arg(generation);
@@ -66,7 +66,7 @@ bool AtspiBus::ensureConnected()
     listen.setArguments({QStringLiteral("object:children-changed"), QStringList(), QString()});
     bus.asyncCall(listen, kCallTimeoutMs);
 
-    QMutexLocker lock(&mutex_);
+    std::lock_guard lock(mutex_);
     connection_ = bus;
     generation_ = generation;
     return true;
@@ -74,25 +74,25 @@ bool AtspiBus::ensureConnected()
 
 QDBusConnection AtspiBus::connection() const
 {
-    QMutexLocker lock(&mutex_);
+    std::lock_guard lock(mutex_);
     return connection_ ? *connection_ : QDBusConnection(QStringLiteral("kestrio-a11y-none"));
 }
 
 bool AtspiBus::isConnected() const
 {
-    QMutexLocker lock(&mutex_);
+    std::lock_guard lock(mutex_);
     return connection_ && connection_->isConnected();
 }
 
 int AtspiBus::generation() const
 {
-    QMutexLocker lock(&mutex_);
+    std::lock_guard lock(mutex_);
     return generation_;
 }
 
 void AtspiBus::invalidate()
 {
-    QMutexLocker lock(&mutex_);
+    std::lock_guard lock(mutex_);
     if (connection_) {
         QDBusConnection::disconnectFromBus(connection_->name());
         connection_.reset();

@@ -3,11 +3,11 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
-#include <QMutex>
 #include <QString>
 #include <QVariantList>
 
 #include <functional>
+#include <mutex>
 #include <optional>
 
 // An object on the accessibility bus.
@@ -90,8 +90,8 @@ public:
 
 private:
     std::function<QString()> fallbackAddress_;
-    QMutex connecting_;    // one attempt at a time; never taken by the UI thread
-    mutable QMutex mutex_; // the connection itself, held only for a moment
+    std::mutex connecting_;    // one attempt at a time; never taken by the UI thread
+    mutable std::mutex mutex_; // the connection itself, held only for a moment
     std::optional<QDBusConnection> connection_;
     int generation_ = 0;
 };

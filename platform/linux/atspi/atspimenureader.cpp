@@ -115,48 +115,81 @@ bool AtspiMenuReader::fetchFromCache(const AtspiRef& application)
     const QDBusMessage reply = bus_.callAndWait(cache, QStringLiteral("org.a11y.atspi.Cache"), QStringLiteral("GetItems"));
     if (AtspiBus::timedOut(reply))
         complete_ = false;
-    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()
+        || !reply.arguments().first().canConvert<QDBusArgument>())
         return false;
-    const QDBusArgument items = reply.arguments().first().value<QDBusArgument>();
-    const QString signature = items.currentSignature();
-    // Two layouts exist: with child index and count, or with the child list.
+    return takeCacheItems(reply.arguments().first().value<QDBusArgument>());
+}
+
+std::optional<QList<AtspiMenuReader::CacheItem>> AtspiMenuReader::readCacheItems(const QDBusArgument& reply)
+{
+    const QString signature = reply.currentSignature();
     const bool withCounts = signature == QLatin1String("a((so)(so)(so)iiassusau)");
     const bool withChildren = signature == QLatin1String("a((so)(so)(so)a(so)assusau)");
     if (!withCounts && !withChildren)
-        return false;
+        return std::nullopt;
 
-    items.beginArray();
-    while (!items.atEnd()) {
-        Node node;
-        items.beginStructure();
-        node.ref = readRef(items);
-        readRef(items); // application
-        node.parent = readRef(items);
+    QList<CacheItem> items;
+    reply.beginArray();
+    while (!reply.atEnd()) {
+        CacheItem item;
+        reply.beginStructure();
+        item.ref = readRef(reply);
+        readRef(reply); // application
+        item.parent = readRef(reply);
         if (withCounts) {
-            int index = 0, count = 0;
-            items >> index >> count;
-            if (count == 0)
-                node.childrenRead = true; // nothing to ask for
+            int index = 0;
+            reply >> index >> item.childCount;
         } else {
-            items.beginArray();
-            while (!items.atEnd())
-                node.children.append(readRef(items));
-            items.endArray();
-            node.childrenRead = true;
+            QList<AtspiRef> children;
+            reply.beginArray();
+            while (!reply.atEnd()) {
+                const AtspiRef child = readRef(reply);
+                if (children.size() < kMaxNodes)
+                    children.append(child);
+            }
+            reply.endArray();
+            item.children = children;
         }
         QStringList interfaces;
-        QString name, description;
-        uint role = 0;
-        QList<uint> states;
-        items >> interfaces >> name >> role >> description >> states;
-        items.endStructure();
-        node.name = name;
-        node.role = role;
-        node.states = (states.value(0)) | (quint64(states.value(1)) << 32);
+        QString description;
+        reply >> interfaces >> item.name >> item.role >> description >> item.states;
+        reply.endStructure();
+        if (items.size() < kMaxNodes)
+            items.append(item);
+    }
+    reply.endArray();
+    return items;
+}
+
+bool AtspiMenuReader::takeCacheItems(const QDBusArgument& reply)
+{
+    const std::optional<QList<CacheItem>> items = readCacheItems(reply);
+    if (!items)
+        return false;
+    takeCacheItems(*items);
+    return true;
+}
+
+void AtspiMenuReader::takeCacheItems(const QList<CacheItem>& items)
+{
+    for (const CacheItem& item : items) {
+        if (nodes_.size() >= kMaxNodes)
+            break;
+        Node node;
+        node.ref = item.ref;
+        node.parent = item.parent;
+        if (item.children) {
+            node.children = *item.children;
+            node.childrenRead = true;
+        } else if (item.childCount == 0) {
+            node.childrenRead = true; // nothing to ask for
+        }
+        node.name = item.name;
+        node.role = item.role;
+        node.states = item.states.value(0) | (quint64(item.states.value(1)) << 32);
         nodes_.insert(node.ref, node);
     }
-    items.endArray();
-    return true;
 }
 
 bool AtspiMenuReader::fetch(const QList<AtspiRef>& refs, int want)
@@ -355,20 +388,32 @@ bool AtspiMenuReader::hidden(const Node& node) const
     return honourVisible_ && node.states && !AtspiState::has(*node.states, AtspiState::visible);
 }
 
+bool AtspiMenuReader::claim(const AtspiRef& ref) const
+{
+    // A menu is a tree; an application that links an object from two places
+    // (or into a cycle) must not make the result grow without end.
+    if (inTree_.contains(ref) || inTree_.size() >= kMaxNodes)
+        return false;
+    inTree_.insert(ref);
+    return true;
+}
+
 AccessibilityElementRef AtspiMenuReader::makeMenuBar(const AtspiRef& menuBar, qint32 pid) const
 {
+    inTree_.clear();
+    claim(menuBar);
     auto bar = element(QStringLiteral("AXMenuBar"), QString(), menuBar, pid, readAt_);
     bar->complete = complete_;
     for (const AtspiRef& ref : nodes_.value(menuBar).children) {
         const Node node = nodes_.value(ref);
-        if (!node.role || hidden(node))
+        if (!node.role || hidden(node) || !claim(ref))
             continue;
         QList<AtspiRef> items;
         if (*node.role == AtspiRole::menu) {
             items = node.children; // GTK: the entry is the menu
         } else if (isItemRole(*node.role)) {
             for (const AtspiRef& child : node.children) { // Qt: the entry holds a popup menu
-                if (isMenuRole(nodes_.value(child).role.value_or(0)))
+                if (isMenuRole(nodes_.value(child).role.value_or(0)) && claim(child))
                     items += nodes_.value(child).children;
             }
         } else {
@@ -391,7 +436,7 @@ QList<AccessibilityElementRef> AtspiMenuReader::makeMenuChildren(const QList<Ats
         return out;
     for (const AtspiRef& ref : children) {
         const Node node = nodes_.value(ref);
-        if (!node.role || hidden(node))
+        if (!node.role || hidden(node) || !claim(ref))
             continue;
         const uint role = *node.role;
         if (role == AtspiRole::popupMenu) {
@@ -413,7 +458,7 @@ QList<AccessibilityElementRef> AtspiMenuReader::makeMenuChildren(const QList<Ats
             submenuItems = node.children;
         } else {
             for (const AtspiRef& child : node.children) {
-                if (isMenuRole(nodes_.value(child).role.value_or(0))) {
+                if (isMenuRole(nodes_.value(child).role.value_or(0)) && claim(child)) {
                     isSubmenu = true;
                     submenuItems += nodes_.value(child).children;
                 }

@@ -3,7 +3,9 @@
 #include "platform/accessibilityelement.h"
 #include "platform/linux/atspi/atspibus.h"
 
+#include <QDBusArgument>
 #include <QHash>
+#include <QSet>
 
 // Reads an application's menu bar over AT-SPI in a few pipelined rounds of
 // asynchronous calls (plus the toolkit's bulk cache where it has one) and
@@ -32,10 +34,34 @@ public:
         bool keyBindingRead = false;
     };
 
+    // One object of a bulk-cache reply (Cache.GetItems), in either layout.
+    struct CacheItem {
+        AtspiRef ref;
+        AtspiRef parent;
+        std::optional<QList<AtspiRef>> children; // the layout with child lists
+        int childCount = -1;                     // the layout with counts (GTK: −1 for menus)
+        QString name;
+        uint role = 0;
+        QList<uint> states;
+    };
+
+    // The steps that work only on what was fetched, open to tests and fuzzing:
+    // what the other application sends decides all of their input.
+    // The objects of a bulk-cache reply; nothing when it is not one.
+    static std::optional<QList<CacheItem>> readCacheItems(const QDBusArgument& reply);
+    // Takes a bulk-cache reply; false when it is not one.
+    bool takeCacheItems(const QDBusArgument& reply);
+    void takeCacheItems(const QList<CacheItem>& items);
+    // The window's menu bar as far as the bulk cache tells.
+    std::optional<AtspiRef> findMenuBarInCache(const QList<AtspiRef>& windows) const;
+    // The element tree for the fetched menu bar. Every object appears in it at
+    // most once, however the application links its objects.
+    AccessibilityElementRef makeMenuBar(const AtspiRef& menuBar, qint32 pid) const;
+    QHash<AtspiRef, Node>& nodes() { return nodes_; }
+
 private:
     bool fetchFromCache(const AtspiRef& application);
     std::optional<AtspiRef> findMenuBar(const AtspiRef& application);
-    std::optional<AtspiRef> findMenuBarInCache(const QList<AtspiRef>& windows) const;
     // The windows in the order they are searched: the one the user was in first.
     QList<AtspiRef> windowsInOrder(const QList<AtspiRef>& windows) const;
     bool prefetchFromCache(const AtspiRef& menuBar);
@@ -45,8 +71,9 @@ private:
     // `refs`; false when the application stopped answering.
     bool fetch(const QList<AtspiRef>& refs, int want);
 
-    AccessibilityElementRef makeMenuBar(const AtspiRef& menuBar, qint32 pid) const;
     QList<AccessibilityElementRef> makeMenuChildren(const QList<AtspiRef>& children, qint32 pid, int depth) const;
+    // Claims an object for the tree being made; false when it is already in it.
+    bool claim(const AtspiRef& ref) const;
     bool hidden(const Node& node) const;
 
     AtspiBus& bus_;
@@ -55,4 +82,5 @@ private:
     QString windowTitle_;
     bool complete_ = true;
     double readAt_ = 0;
+    mutable QSet<AtspiRef> inTree_;
 };

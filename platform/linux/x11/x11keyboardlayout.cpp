@@ -16,7 +16,7 @@ X11KeyboardLayout::~X11KeyboardLayout()
 
 QString X11KeyboardLayout::characterForKeyCode(quint16 keyCode) const
 {
-    QMutexLocker lock(&mutex_);
+    std::lock_guard lock(mutex_);
     const std::optional<int> evdev = EvdevKeyMap::evdevCode(keyCode);
     if (!display_ || !evdev)
         return {};

@@ -2,7 +2,7 @@
 
 #include "platform/keyboardlayout.h"
 
-#include <QMutex>
+#include <mutex>
 
 typedef struct _XDisplay Display;
 
@@ -17,6 +17,6 @@ public:
     std::optional<quint16> keyCodeForScanCode(quint32 nativeScanCode) const override;
 
 private:
-    mutable QMutex mutex_;
+    mutable std::mutex mutex_;
     Display* display_ = nullptr;
 };

@@ -64,7 +64,7 @@ QString X11Windows::textProperty(unsigned long window, const char* name)
 
 std::optional<unsigned long> X11Windows::activeWindow()
 {
-    QMutexLocker lock(&mutex_);
+    std::lock_guard lock(mutex_);
     if (!display_)
         return std::nullopt;
     const Window root = DefaultRootWindow(display_);
@@ -92,7 +92,7 @@ std::optional<unsigned long> X11Windows::activeWindow()
 
 std::optional<X11Windows::WindowInfo> X11Windows::windowInfo(unsigned long window)
 {
-    QMutexLocker lock(&mutex_);
+    std::lock_guard lock(mutex_);
     if (!display_)
         return std::nullopt;
     WindowInfo info;
@@ -119,7 +119,7 @@ std::optional<X11Windows::WindowInfo> X11Windows::windowInfo(unsigned long windo
 
 std::optional<unsigned long> X11Windows::windowOfProcess(qint32 pid)
 {
-    QMutexLocker lock(&mutex_);
+    std::lock_guard lock(mutex_);
     if (!display_)
         return std::nullopt;
     Atom actualType = 0;
@@ -144,7 +144,7 @@ std::optional<unsigned long> X11Windows::windowOfProcess(qint32 pid)
 
 std::optional<QRect> X11Windows::geometry(unsigned long window)
 {
-    QMutexLocker lock(&mutex_);
+    std::lock_guard lock(mutex_);
     if (!display_)
         return std::nullopt;
     XWindowAttributes attributes{};
@@ -158,7 +158,7 @@ std::optional<QRect> X11Windows::geometry(unsigned long window)
 
 void X11Windows::activate(unsigned long window)
 {
-    QMutexLocker lock(&mutex_);
+    std::lock_guard lock(mutex_);
     if (!display_)
         return;
     XEvent event{};
@@ -176,7 +176,7 @@ void X11Windows::activate(unsigned long window)
 
 void X11Windows::setOnAllDesktops(unsigned long window)
 {
-    QMutexLocker lock(&mutex_);
+    std::lock_guard lock(mutex_);
     if (!display_)
         return;
     // Mapped windows ask the window manager; the property covers the rest.
@@ -197,7 +197,7 @@ void X11Windows::setOnAllDesktops(unsigned long window)
 
 bool X11Windows::hasCompositor()
 {
-    QMutexLocker lock(&mutex_);
+    std::lock_guard lock(mutex_);
     if (!display_)
         return false;
     const QByteArray name = "_NET_WM_CM_S" + QByteArray::number(DefaultScreen(display_));
@@ -206,6 +206,6 @@ bool X11Windows::hasCompositor()
 
 QString X11Windows::rootProperty(const char* name)
 {
-    QMutexLocker lock(&mutex_);
+    std::lock_guard lock(mutex_);
     return display_ ? textProperty(DefaultRootWindow(display_), name) : QString();
 }

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <QMutex>
 #include <QRect>
 #include <QString>
 
+#include <mutex>
 #include <optional>
 
 typedef struct _XDisplay Display;
@@ -48,6 +48,6 @@ private:
     QString textProperty(unsigned long window, const char* name);
     std::optional<unsigned long> cardinalProperty(unsigned long window, const char* name, unsigned long type);
 
-    QMutex mutex_;
+    std::mutex mutex_;
     Display* display_ = nullptr;
 };

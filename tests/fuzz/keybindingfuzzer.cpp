@@ -1,0 +1,29 @@
+// Feeds arbitrary key-binding texts (what another application answers to
+// GetKeyBinding) and item names to the translation and the shortcut texts.
+#include "menu/shortcuttext.h"
+#include "platform/linux/atspi/keybinding.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    const QByteArray bytes(reinterpret_cast<const char*>(data), qsizetype(size));
+    const qsizetype split = bytes.indexOf('\0');
+    const QString binding = QString::fromUtf8(split < 0 ? bytes : bytes.left(split));
+    const QString name = split < 0 ? QString() : QString::fromUtf8(bytes.mid(split + 1));
+    const std::optional<MenuKeyEquivalent> key = translateKeyBinding(binding, name);
+    if (!key)
+        return 0;
+    // A translated binding is a shortcut that can be shown.
+    if (key->modifiers < 0 || key->modifiers > 15)
+        std::abort();
+    if (key->character) {
+        if (key->character->isEmpty() || menuShortcutText(*key->character, key->modifiers).isEmpty())
+            std::abort();
+    } else if (!key->virtualKey || menuShortcutText(*key->virtualKey, key->modifiers).isEmpty()) {
+        std::abort();
+    }
+    return 0;
+}

@@ -1,0 +1,79 @@
+#include "platform/accessibility.h"
+#include "platform/linux/atspi/atspielement.h"
+#include "platform/linux/atspi/atspimenureader.h"
+#include "support/atspicacheitems.h"
+#include "support/dbusroundtrip.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+CacheRef object(int id)
+{
+    return {QStringLiteral(":1.7"), QDBusObjectPath(QStringLiteral("/o/%1").arg(id))};
+}
+
+ItemWithChildren item(int id, int parent, uint role, const QString& name, QList<int> children = {})
+{
+    ItemWithChildren i;
+    i.self = object(id);
+    i.application = object(0);
+    i.parent = object(parent);
+    i.role = role;
+    i.name = name;
+    for (int c : children)
+        i.children.append(object(c));
+    i.states = {(1u << AtspiState::sensitive) | (1u << AtspiState::visible), 0};
+    return i;
+}
+
+QStringList titles(const AccessibilityElementRef& element, const QString& path = {})
+{
+    QStringList out;
+    const auto* e = dynamic_cast<const AtspiElement*>(element.get());
+    for (const AccessibilityElementRef& child : e->children) {
+        const auto* c = dynamic_cast<const AtspiElement*>(child.get());
+        const QString here = c->title.isEmpty() ? path : path + "/" + c->title;
+        if (c->children.isEmpty())
+            out << here;
+        out += titles(child, here);
+    }
+    return out;
+}
+
+// A bulk-cache reply as GTK sends it, with the links a broken or hostile
+// application could add: an item listed in two menus, a menu that holds
+// itself, an object that is its own parent.
+TEST(AtspiMenuReader, ABulkCacheReplyBecomesATreeWithEveryObjectOnce)
+{
+    registerCacheItemTypes();
+    using namespace AtspiRole;
+    const QList<ItemWithChildren> items{
+        item(1, 0, frame, "Letter", {2}),
+        item(2, 1, menuBar, "", {3, 4}),
+        item(3, 2, menu, "File", {5, 6, 3}), // holds itself
+        item(4, 2, menu, "Edit", {6, 7}),    // shares Save with File
+        item(5, 3, menuItem, "Open"),
+        item(6, 3, menuItem, "Save"),
+        item(7, 7, menuItem, "Undo"),        // its own parent
+    };
+    DBusRoundTrip wire;
+    const std::optional<QVariant> reply = wire.received(QVariant::fromValue(items));
+    ASSERT_TRUE(reply && reply->canConvert<QDBusArgument>());
+    AtspiBus bus;
+    AtspiMenuReader reader(bus);
+    ASSERT_TRUE(reader.takeCacheItems(reply->value<QDBusArgument>()));
+    EXPECT_EQ(reader.nodes().size(), 7);
+    const std::optional<AtspiRef> bar = reader.findMenuBarInCache({AtspiRef{":1.7", "/o/1"}});
+    ASSERT_EQ(bar, (AtspiRef{":1.7", "/o/2"}));
+    EXPECT_EQ(titles(reader.makeMenuBar(*bar, 1)), (QStringList{"/File/Open", "/File/Save", "/Edit/Undo"}));
+
+    // Not a cache reply at all: refused, nothing taken.
+    const std::optional<QVariant> other = wire.received(QVariant::fromValue(QList<CacheRef>{object(1), object(2)}));
+    ASSERT_TRUE(other && other->canConvert<QDBusArgument>());
+    AtspiMenuReader second(bus);
+    EXPECT_FALSE(second.takeCacheItems(other->value<QDBusArgument>()));
+    EXPECT_TRUE(second.nodes().isEmpty());
+}
+
+} // namespace
