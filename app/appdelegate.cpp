@@ -1,8 +1,10 @@
 #include "app/appdelegate.h"
 
+
 #include "app/aboutview.h"
 #include "app/notificationhub.h"
 #include "app/onboardingview.h"
+#include "app/platformwords.h"
 #include "app/settingsstore.h"
 #include "buildconfig.h"
 #include "hotkey/hotkeyservice.h"
@@ -122,10 +124,10 @@ void AppDelegate::rebuildStatusMenu()
     add(QStringLiteral("Search Menus…"), &AppDelegate::toggleSearchPanel);
     if (!hotkey.isActive()) {
         menu->addSeparator();
-        add(QStringLiteral("Hotkey inactive — grant Accessibility"), &AppDelegate::openAccessibilitySettings, {}, "warning");
+        add(PlatformWords::current().hotkeyInactiveMenuRow, &AppDelegate::openAccessibilitySettings, {}, "warning");
     } else if (hotkey.isSecureInputActive() && hotkey.mode() == HotkeyMode::customShortcut) {
         menu->addSeparator();
-        add(QStringLiteral("Shortcut blocked by Secure Input"), &AppDelegate::openSettings, {}, "lock");
+        add(PlatformWords::current().secureInputTitle, &AppDelegate::openSettings, {}, "lock");
     }
     if (pendingUpdate_) {
         menu->addSeparator();

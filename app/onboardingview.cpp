@@ -1,5 +1,6 @@
 #include "app/onboardingview.h"
 
+#include "app/platformwords.h"
 #include "app/styledlabel.h"
 #include "menu/accessibilityservice.h"
 #include "platform/accessibility.h"
@@ -43,8 +44,7 @@ OnboardingView::OnboardingView(AccessibilityService& accessibilityService, std::
         StyledLabel::centred(QStringLiteral("Welcome to Kestrio"), Font::title, Tone::primary, this);
     welcome->setWeight(QFont::Bold);
     column->addWidget(welcome);
-    column->addWidget(StyledLabel::centred(QStringLiteral("Search and execute any menu item in the active app instantly.\n"
-                                                          "Just double-tap ⌘ Command to get started."),
+    column->addWidget(StyledLabel::centred(PlatformWords::current().welcomeHint,
                                            Font::body, Tone::secondary, this));
     auto* line = new QFrame(this);
     line->setFrameShape(QFrame::HLine);
@@ -56,16 +56,16 @@ OnboardingView::OnboardingView(AccessibilityService& accessibilityService, std::
     auto* missingColumn = new QVBoxLayout(missing);
     missingColumn->setContentsMargins(0, 0, 0, 0);
     missingColumn->setSpacing(8);
-    required_ = iconLabel(QStringLiteral(":/icons/lock.svg"), QStringLiteral("Accessibility permission required"),
+    required_ = iconLabel(QStringLiteral(":/icons/lock.svg"), PlatformWords::current().permissionMissing,
                           Tone::primary, missing);
     missingColumn->addWidget(required_);
     missingColumn->addWidget(StyledLabel::centred(
-        QStringLiteral("Kestrio needs Accessibility access to read menu items from other apps."), Font::caption,
+        PlatformWords::current().permissionExplanation, Font::caption,
         Tone::secondary, missing));
-    openSettings_ = new QPushButton(QStringLiteral("Open System Settings"), missing);
+    openSettings_ = new QPushButton(PlatformWords::current().grantPermission, missing);
     openSettings_->setDefault(true);
     missingColumn->addWidget(openSettings_, 0, Qt::AlignHCenter);
-    granted_ = iconLabel(QStringLiteral(":/icons/check.svg"), QStringLiteral("Accessibility permission granted!"),
+    granted_ = iconLabel(QStringLiteral(":/icons/check.svg"), PlatformWords::current().permissionGranted,
                          Tone::green, permission_);
     permission_->addWidget(missing);
     permission_->addWidget(granted_);
@@ -93,11 +93,10 @@ void OnboardingView::setPermission(bool granted)
 {
     hasPermission_ = granted;
     permission_->setCurrentIndex(granted ? 1 : 0);
-    closing_->setText(granted ? QStringLiteral("Get Started") : QStringLiteral("Continue Without Permission"));
+    closing_->setText(granted ? QStringLiteral("Get Started") : PlatformWords::current().continueWithoutPermission);
 }
 
 QString OnboardingView::permissionText() const
 {
-    return hasPermission_ ? QStringLiteral("Accessibility permission granted!")
-                          : QStringLiteral("Accessibility permission required");
+    return hasPermission_ ? PlatformWords::current().permissionGranted : PlatformWords::current().permissionMissing;
 }

@@ -1,11 +1,58 @@
 #pragma once
 
+#include <QHash>
+#include <QList>
 #include <QString>
+
+// The modifier keys by the part they play in a shortcut. Which physical key
+// plays which part is the platform's business: on Linux, Ctrl plays Command's
+// part and Super plays Control's, the way Qt maps them on macOS.
+enum class ModifierRole { control, option, shift, command };
+
+// How a platform writes a keyboard shortcut.
+struct KeyWords {
+    // The modifiers in the order they are written, each with its word or glyph.
+    QList<std::pair<ModifierRole, QString>> modifiers;
+    // Between two modifiers and between the last modifier and the key.
+    QString joiner;
+    // Special keys by the first scalar of a menu's key character (F1…F12 aside).
+    QHash<char32_t, QString> characterKeys;
+    // Special keys by layout-independent virtual key code.
+    QHash<qint64, QString> virtualKeys;
+};
 
 // The user-visible texts that name a platform's own things. The macOS words
 // are the original texts; each other platform says the same in its own terms.
 // Both tables sit side by side in platformwords.cpp.
 struct PlatformWords {
+    KeyWords keys;
+
+    // Activation gestures.
+    QString doubleTapCommand;
+    QString doubleTapOption;
+
+    // Onboarding.
+    QString welcomeHint;
+    QString permissionMissing;
+    QString permissionExplanation;
+    QString permissionGranted;
+    QString grantPermission;
+    QString continueWithoutPermission;
+
+    // Settings and the tray menu.
+    QString hideIcon;
+    QString hiddenIconNote;
+    QString switchToDoubleTapCommand;
+    QString secureInputTitle;
+    QString secureInputText;
+    QString hotkeyInactiveText;
+    QString openAccessibilitySettings;
+    QString hotkeyInactiveMenuRow;
+
+    // A desktop without a tray.
+    QString noTrayTitle;
+    QString noTrayText;
+
     // Self-updater failures that name the release's package.
     QString unpackFailedPrefix; // followed by the tool's output or the reason
     QString bundleMissing;
@@ -15,3 +62,7 @@ struct PlatformWords {
     // The words of the platform this program was built for.
     static const PlatformWords& current();
 };
+
+// Words that only a macOS text may contain; a Linux window showing one of them
+// speaks of something that is not there.
+const QStringList& macOSOnlyWords();

@@ -1,8 +1,10 @@
 #include "app/settingsview.h"
 
+
 #include "app/appearancetheme.h"
 #include "app/formsection.h"
 #include "app/notificationhub.h"
+#include "app/platformwords.h"
 #include "app/settingsstore.h"
 #include "app/styledlabel.h"
 #include "buildconfig.h"
@@ -157,7 +159,7 @@ void SettingsView::buildGeneral(FormSection* section)
     connect(launchAtLogin_, &QCheckBox::clicked, this, &SettingsView::setLaunchAtLogin);
     section->addRow(launchAtLogin_);
 
-    hideMenuBarIcon_ = new QCheckBox(QStringLiteral("Hide menu bar icon"), section);
+    hideMenuBarIcon_ = new QCheckBox(PlatformWords::current().hideIcon, section);
     connect(hideMenuBarIcon_, &QCheckBox::clicked, this, [this](bool hide) {
         if (hide == services_.settings.hideMenuBarIcon())
             return;
@@ -170,9 +172,7 @@ void SettingsView::buildGeneral(FormSection* section)
     // Without the tray icon the tray menu's Quit is gone too.
     hiddenIconNote_ = new QWidget(section);
     QVBoxLayout* layout = column(hiddenIconNote_, 8);
-    layout->addWidget(note(QStringLiteral("Your hotkey still works. To reopen this window, launch Kestrio again "
-                                          "from Finder, Spotlight, or Launchpad."),
-                           hiddenIconNote_));
+    layout->addWidget(note(PlatformWords::current().hiddenIconNote, hiddenIconNote_));
     auto* quit = new QPushButton(QStringLiteral("Quit Kestrio"), hiddenIconNote_);
     connect(quit, &QPushButton::clicked, this, [this] {
         if (services_.terminate)
@@ -184,28 +184,23 @@ void SettingsView::buildGeneral(FormSection* section)
 
 void SettingsView::buildHotkey(FormSection* section)
 {
-    auto* switchToDoubleTap = new QPushButton(QStringLiteral("Switch to Double-tap ⌘ Command"));
+    auto* switchToDoubleTap = new QPushButton(PlatformWords::current().switchToDoubleTapCommand);
     connect(switchToDoubleTap, &QPushButton::clicked, this, [this] {
         services_.settings.setString(SettingsKey::hotkeyMode, rawValue(HotkeyMode::doubleTapCommand));
         services_.notifications.postHotkeyModeChanged(); // this view re-renders on it too
     });
     secureInputBlock_ = warningBlock(
-        QStringLiteral(":/icons/lock.svg"), QStringLiteral("Shortcut blocked by Secure Input"),
-        QStringLiteral("Another app has Secure Input turned on. macOS then hides every keypress from other apps, so "
-                       "no custom shortcut can fire — this is not something Kestrio can work around. It usually "
-                       "clears when you close the password field that started it, or quit the app holding it. "
-                       "Double-tap activation is unaffected and works right now."),
+        QStringLiteral(":/icons/lock.svg"), PlatformWords::current().secureInputTitle,
+        PlatformWords::current().secureInputText,
         switchToDoubleTap, section);
     section->addRow(secureInputBlock_);
 
-    auto* openAccessibility = new QPushButton(QStringLiteral("Open Accessibility Settings"));
+    auto* openAccessibility = new QPushButton(PlatformWords::current().openAccessibilitySettings);
     connect(openAccessibility, &QPushButton::clicked, this,
             [this] { services_.accessibility.openAccessibilitySettings(); });
     inactiveBlock_ = warningBlock(
         QStringLiteral(":/icons/warning.svg"), QStringLiteral("Hotkey inactive"),
-        QStringLiteral("Kestrio needs Accessibility permission to watch for your shortcut. If it is already ticked "
-                       "in System Settings, remove Kestrio with the − button and add it again — the permission goes "
-                       "stale when the app is replaced or updated."),
+        PlatformWords::current().hotkeyInactiveText,
         openAccessibility, section);
     section->addRow(inactiveBlock_);
 

@@ -1,5 +1,5 @@
 // From the second tap of a double tap to the search panel on screen: injects
-// double taps of Super with XTest over the active application and times the
+// double taps of Ctrl with XTest over the active application and times the
 // panel's first paint and the paint that shows its results, with the menu
 // reader's cache cold (a new reader every time) and warm (one reader).
 #include "app/settingsstore.h"
@@ -88,9 +88,9 @@ int main(int argc, char** argv)
     };
 
     Display* display = XOpenDisplay(nullptr);
-    const KeyCode super = XKeysymToKeycode(display, XStringToKeysym("Super_L"));
+    const KeyCode ctrl = XKeysymToKeycode(display, XStringToKeysym("Control_L"));
     auto key = [&](bool down) {
-        XTestFakeKeyEvent(display, super, down ? True : False, CurrentTime);
+        XTestFakeKeyEvent(display, ctrl, down ? True : False, CurrentTime);
         XFlush(display);
     };
     QTimer tick;

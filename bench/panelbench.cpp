@@ -37,7 +37,7 @@ QList<MenuItem> makeItems(int count)
             path << pick(words) + u' ' + pick(words);
         path << pick(words) + u' ' + pick(words);
         items.append(MenuItem{QUuid::createUuid(), path.last(), path,
-                              random() % 3 ? std::optional<QString>() : QStringLiteral("⌃⇧S"), true, "Bench", "org.bench",
+                              random() % 3 ? std::optional<QString>() : QStringLiteral("Ctrl+Shift+S"), true, "Bench", "org.bench",
                               nullptr});
     }
     return items;

@@ -27,18 +27,10 @@ size_t qHash(const CustomShortcut& shortcut, size_t seed)
     return qHashMulti(seed, shortcut.keyCode, shortcut.modifiers);
 }
 
-QString modifierGlyphs(quint64 modifiers)
+QString modifierText(quint64 modifiers, const KeyWords& words)
 {
-    QString text;
-    if (modifiers & ModifierFlag::Control)
-        text += u"⌃";
-    if (modifiers & ModifierFlag::Option)
-        text += u"⌥";
-    if (modifiers & ModifierFlag::Shift)
-        text += u"⇧";
-    if (modifiers & ModifierFlag::Command)
-        text += u"⌘";
-    return text;
+    return ::shortcutText(modifiers & ModifierFlag::Control, modifiers & ModifierFlag::Option,
+                          modifiers & ModifierFlag::Shift, modifiers & ModifierFlag::Command, QString(), words);
 }
 
 QString keyboardLayoutCharacter(quint16 keyCode, const KeyboardLayout& layout)
@@ -50,8 +42,8 @@ QString keyboardLayoutCharacter(quint16 keyCode, const KeyboardLayout& layout)
     return text.toUpper();
 }
 
-QString shortcutText(const CustomShortcut& shortcut, const KeyboardLayout& layout)
+QString shortcutText(const CustomShortcut& shortcut, const KeyboardLayout& layout, const KeyWords& words)
 {
-    const std::optional<QString> name = virtualKeyName(shortcut.keyCode);
-    return modifierGlyphs(shortcut.modifiers) + (name ? *name : keyboardLayoutCharacter(shortcut.keyCode, layout));
+    const std::optional<QString> name = virtualKeyName(shortcut.keyCode, words);
+    return modifierText(shortcut.modifiers, words) + (name ? *name : keyboardLayoutCharacter(shortcut.keyCode, layout));
 }

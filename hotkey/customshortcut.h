@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/platformwords.h"
+
 #include <QHashFunctions>
 #include <QString>
 
@@ -25,11 +27,13 @@ struct CustomShortcut {
 
 size_t qHash(const CustomShortcut& shortcut, size_t seed = 0);
 
-// ⌃ ⌥ ⇧ ⌘ for the modifier flags set, in that fixed order.
-QString modifierGlyphs(quint64 modifiers);
+// The modifier flags set, in the platform's order and words ("⌃⌥⇧⌘",
+// "Super+Ctrl+Alt+Shift+"), ready for the key to follow.
+QString modifierText(quint64 modifiers, const KeyWords& words = PlatformWords::current().keys);
 
 // What the key types on the active layout, upper-cased; "?" when it types nothing.
 QString keyboardLayoutCharacter(quint16 keyCode, const KeyboardLayout& layout);
 
-// Modifier glyphs followed by the key's name, or the layout's character for it.
-QString shortcutText(const CustomShortcut& shortcut, const KeyboardLayout& layout);
+// The modifiers followed by the key's name, or the layout's character for it.
+QString shortcutText(const CustomShortcut& shortcut, const KeyboardLayout& layout,
+                     const KeyWords& words = PlatformWords::current().keys);

@@ -1,5 +1,6 @@
 #include "hotkey/hotkeymode.h"
 
+#include "app/platformwords.h"
 #include "app/settingsstore.h"
 
 QList<HotkeyMode> allHotkeyModes()
@@ -20,11 +21,11 @@ QString rawValue(HotkeyMode mode)
 QString displayName(HotkeyMode mode)
 {
     switch (mode) {
-    case HotkeyMode::doubleTapOption: return QStringLiteral("Double-tap ⌥ Option");
+    case HotkeyMode::doubleTapOption: return PlatformWords::current().doubleTapOption;
     case HotkeyMode::customShortcut: return QStringLiteral("Custom shortcut");
     case HotkeyMode::doubleTapCommand: break;
     }
-    return QStringLiteral("Double-tap ⌘ Command");
+    return PlatformWords::current().doubleTapCommand;
 }
 
 std::optional<quint64> watchedModifier(HotkeyMode mode)

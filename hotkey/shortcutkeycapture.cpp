@@ -47,12 +47,14 @@ quint64 ShortcutKeyCapture::modifierFlags(Qt::KeyboardModifiers modifiers)
     quint64 flags = 0;
     if (modifiers & Qt::ShiftModifier)
         flags |= ModifierFlag::Shift;
+    // Qt's Ctrl is the key that plays Command's part (⌘ itself on macOS), its
+    // Meta the one that plays Control's (Super on Linux).
     if (modifiers & Qt::ControlModifier)
-        flags |= ModifierFlag::Control;
+        flags |= ModifierFlag::Command;
     if (modifiers & (Qt::AltModifier | Qt::GroupSwitchModifier))
         flags |= ModifierFlag::Option;
     if (modifiers & Qt::MetaModifier)
-        flags |= ModifierFlag::Command;
+        flags |= ModifierFlag::Control;
     return flags;
 }
 

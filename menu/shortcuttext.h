@@ -1,10 +1,13 @@
 #pragma once
 
+#include "app/platformwords.h"
+
 #include <QString>
 
 #include <optional>
 
-// Display texts of keyboard shortcuts, shared by menu items and custom shortcuts.
+// Display texts of keyboard shortcuts, shared by menu items and custom shortcuts,
+// in the words of a platform (by default the one this program runs on).
 
 // Bits of a menu item's modifier mask. Command is implied unless NoCommand is set.
 namespace MenuModifier {
@@ -14,15 +17,20 @@ inline constexpr qint64 Control = 4;
 inline constexpr qint64 NoCommand = 8;
 } // namespace MenuModifier
 
-// Glyphs ⌃ ⌥ ⇧ ⌘ of a menu modifier mask followed by the key character's glyph,
+// The modifiers of a menu modifier mask followed by the key character's name,
 // or the whole character text upper-cased.
-QString menuShortcutText(const QString& keyCharacter, qint64 modifierMask);
+QString menuShortcutText(const QString& keyCharacter, qint64 modifierMask,
+                         const KeyWords& words = PlatformWords::current().keys);
 
-// Glyphs of a menu modifier mask followed by the name of a virtual key, or "?".
-QString menuShortcutText(qint64 virtualKey, qint64 modifierMask);
+// The modifiers of a menu modifier mask followed by the name of a virtual key, or "?".
+QString menuShortcutText(qint64 virtualKey, qint64 modifierMask, const KeyWords& words = PlatformWords::current().keys);
 
-// Glyph for the special key whose character is the first scalar of `keyCharacter`.
-std::optional<QString> keyCharacterGlyph(const QString& keyCharacter);
+// Name of the special key whose character is the first scalar of `keyCharacter`.
+std::optional<QString> keyCharacterGlyph(const QString& keyCharacter,
+                                         const KeyWords& words = PlatformWords::current().keys);
 
-// Glyph or name of a layout-independent virtual key code.
-std::optional<QString> virtualKeyName(qint64 keyCode);
+// Name of a layout-independent virtual key code.
+std::optional<QString> virtualKeyName(qint64 keyCode, const KeyWords& words = PlatformWords::current().keys);
+
+// A shortcut's text from the roles of its modifiers and its key's text.
+QString shortcutText(bool control, bool option, bool shift, bool command, const QString& key, const KeyWords& words);

@@ -2,6 +2,7 @@
 #include "app/appdelegate.h"
 #include "app/notificationhub.h"
 #include "app/onboardingview.h"
+#include "app/platformwords.h"
 #include "app/settingsview.h"
 #include "hotkey/hotkeyservice.h"
 #include "hotkey/shortcutrecorderbutton.h"
@@ -40,6 +41,8 @@
 #include <gtest/gtest.h>
 
 namespace {
+
+const PlatformWords& words = PlatformWords::current();
 
 using E = FakeElement;
 
@@ -135,7 +138,7 @@ TEST_F(Controller, StatusMenuRows)
 
     keyboard.trusted = false;
     hotkey.start(); // the detector goes inactive: the menu says so
-    EXPECT_EQ(menu(), (QStringList{"Search Menus…", "-", "Hotkey inactive — grant Accessibility", "-",
+    EXPECT_EQ(menu(), (QStringList{"Search Menus…", "-", words.hotkeyInactiveMenuRow, "-",
                                    "Settings… [Ctrl+,]", "About Kestrio", "-", "Quit Kestrio [Ctrl+Q]"}));
 
     keyboard.trusted = true;
@@ -143,8 +146,8 @@ TEST_F(Controller, StatusMenuRows)
     hotkey.setMode(HotkeyMode::customShortcut);
     EXPECT_EQ(menu().value(2), "Settings… [Ctrl+,]"); // shown at the next rebuild, not before
     app->rebuildStatusMenu();
-    EXPECT_EQ(menu().value(2), "Shortcut blocked by Secure Input");
-    row("Shortcut blocked by Secure Input")->trigger();
+    EXPECT_EQ(menu().value(2), words.secureInputTitle);
+    row(words.secureInputTitle)->trigger();
     ASSERT_TRUE(app->settingsWindow());
     EXPECT_EQ(app->settingsWindow()->windowTitle(), "Kestrio Settings");
 
@@ -160,9 +163,9 @@ TEST_F(Controller, InactiveWarningWinsOverSecureInput)
     keyboard.secureInput = true;
     hotkey.setMode(HotkeyMode::customShortcut);
     launch();
-    EXPECT_EQ(menu().value(2), "Hotkey inactive — grant Accessibility");
-    EXPECT_FALSE(menu().contains("Shortcut blocked by Secure Input"));
-    row("Hotkey inactive — grant Accessibility")->trigger();
+    EXPECT_EQ(menu().value(2), words.hotkeyInactiveMenuRow);
+    EXPECT_FALSE(menu().contains(words.secureInputTitle));
+    row(words.hotkeyInactiveMenuRow)->trigger();
     EXPECT_EQ(ax.settingsOpened, 1);
 }
 
@@ -187,7 +190,7 @@ TEST_F(Controller, OnboardingAtFirstLaunchAndWhileUntrusted)
     // Both closing buttons only close the window.
     auto* view = app->onboardingWindow()->findChild<OnboardingView*>();
     ASSERT_TRUE(view);
-    EXPECT_EQ(view->closingButton()->text(), "Continue Without Permission"); // first look after a second
+    EXPECT_EQ(view->closingButton()->text(), words.continueWithoutPermission); // first look after a second
     EXPECT_TRUE(eventually([&] { return view->hasPermission(); }));
     EXPECT_EQ(view->closingButton()->text(), "Get Started");
     QTest::mouseClick(view->closingButton(), Qt::LeftButton);
@@ -393,7 +396,7 @@ TEST_F(Controller, ARecordedShortcutReplacesTheActiveOneAtOnce)
     auto* recorder = app->settingsWindow()->findChild<ShortcutRecorderButton*>();
     ASSERT_TRUE(recorder);
     QTest::mouseClick(recorder, Qt::LeftButton);
-    QKeyEvent press(QEvent::KeyPress, Qt::Key_K, Qt::ControlModifier | Qt::ShiftModifier, 45, 0, 0);
+    QKeyEvent press(QEvent::KeyPress, Qt::Key_K, Qt::MetaModifier | Qt::ShiftModifier, 45, 0, 0);
     QApplication::sendEvent(recorder, &press);
 
     EXPECT_EQ(CustomShortcut::load(settings.store()), (CustomShortcut{40, Control | Shift}));

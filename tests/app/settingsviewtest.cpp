@@ -1,5 +1,6 @@
 #include "app/formsection.h"
 #include "app/notificationhub.h"
+#include "app/platformwords.h"
 #include "app/settingsview.h"
 #include "app/styledlabel.h"
 #include "hotkey/hotkeyservice.h"
@@ -32,6 +33,8 @@
 #include <gtest/gtest.h>
 
 namespace {
+
+const PlatformWords& words = PlatformWords::current();
 
 using Check = SettingsView::UpdateCheckState;
 using UpdaterState = SelfUpdater::State;
@@ -141,10 +144,10 @@ TEST_F(Settings, SixSectionsInOrderAndTheDefaults)
         titles << section->title();
     EXPECT_EQ(titles, (QStringList{"General", "Hotkey", "Appearance", "Privacy", "Updates", "Data"}));
     EXPECT_FALSE(control<QCheckBox>("Launch at login")->isChecked());
-    EXPECT_FALSE(control<QCheckBox>("Hide menu bar icon")->isChecked());
+    EXPECT_FALSE(control<QCheckBox>(words.hideIcon)->isChecked());
     EXPECT_FALSE(control<QCheckBox>("Share anonymous usage data")->isChecked());
     EXPECT_TRUE(control<QCheckBox>("Automatically check for updates")->isChecked());
-    EXPECT_EQ(activationMethod()->currentText(), "Double-tap ⌘ Command");
+    EXPECT_EQ(activationMethod()->currentText(), words.doubleTapCommand);
     EXPECT_TRUE(control<QToolButton>("System")->isChecked());
     EXPECT_FALSE(shows("Shortcut:") || shows("Click to record"));
     EXPECT_FALSE(shows("Quit Kestrio"));
@@ -157,20 +160,20 @@ TEST_F(Settings, SixSectionsInOrderAndTheDefaults)
 TEST_F(Settings, TogglesWriteTheirKeyThenAnnounceOnce)
 {
     struct Case {
-        const char* toggle;
+        QString toggle;
         QLatin1StringView key;
         bool after;
         QStringList announced;
     };
     const Case cases[] = {
-        {"Hide menu bar icon", SettingsKey::hideMenuBarIcon, true, {"menuBarIconVisibilityChanged 1"}},
+        {words.hideIcon, SettingsKey::hideMenuBarIcon, true, {"menuBarIconVisibilityChanged 1"}},
         {"Share anonymous usage data", SettingsKey::analyticsEnabled, true, {"analyticsOptInChanged 1 1"}},
         {"Automatically check for updates", SettingsKey::autoUpdateCheck, false, {}},
         {"Launch at login", SettingsKey::launchAtLogin, true, {}},
     };
     open();
     for (const Case& c : cases) {
-        SCOPED_TRACE(c.toggle);
+        SCOPED_TRACE(c.toggle.toStdString());
         announced.clear();
         toggle(c.toggle);
         EXPECT_EQ(store.object(c.key), QVariant(c.after));
@@ -198,10 +201,9 @@ TEST_F(Settings, ALoginItemFailureIsPrintedAndTheChoiceKept)
 TEST_F(Settings, HidingTheIconOffersQuit)
 {
     open();
-    toggle("Hide menu bar icon");
+    toggle(words.hideIcon);
     EXPECT_TRUE(shows("Quit Kestrio"));
-    EXPECT_TRUE(shows("Your hotkey still works. To reopen this window, launch Kestrio again from Finder, "
-                      "Spotlight, or Launchpad."));
+    EXPECT_TRUE(shows(words.hiddenIconNote));
     QTest::mouseClick(control("Quit Kestrio"), Qt::LeftButton);
     EXPECT_EQ(terminations, 1);
 }
@@ -221,12 +223,12 @@ TEST_F(Settings, CustomShortcutRowOnlyInCustomModeAndTheShortcutKept)
     announced.clear();
     QTest::mouseClick(view->recorderButton(), Qt::LeftButton);
     EXPECT_TRUE(view->isRecordingShortcut());
-    QKeyEvent press(QEvent::KeyPress, Qt::Key_K, Qt::ControlModifier | Qt::AltModifier, 45, 0, 0);
+    QKeyEvent press(QEvent::KeyPress, Qt::Key_K, Qt::MetaModifier | Qt::AltModifier, 45, 0, 0);
     QApplication::sendEvent(view->recorderButton(), &press);
     EXPECT_FALSE(view->isRecordingShortcut());
     EXPECT_EQ(view->recordedShortcut(), (CustomShortcut{40, ModifierFlag::Control | ModifierFlag::Option}));
     EXPECT_EQ(announced, QStringList{"hotkeyModeChanged customShortcut 40"});
-    EXPECT_TRUE(shows("⌃⌥K"));
+    EXPECT_TRUE(shows("Super+Alt+K"));
 
     announced.clear();
     choose(1);
@@ -243,14 +245,14 @@ TEST_F(Settings, CustomShortcutRowOnlyInCustomModeAndTheShortcutKept)
 TEST_F(Settings, WarningsFollowTheDetectorWhileOpen)
 {
     const QString inactive = "Hotkey inactive";
-    const QString blocked = "Shortcut blocked by Secure Input";
+    const QString blocked = words.secureInputTitle;
     store.setString(SettingsKey::hotkeyMode, "customShortcut");
     keyboard.trusted = false;
     hotkey.start();
     open();
     EXPECT_TRUE(shows(inactive));
     EXPECT_FALSE(shows(blocked));
-    QTest::mouseClick(control("Open Accessibility Settings"), Qt::LeftButton);
+    QTest::mouseClick(control(words.openAccessibilitySettings), Qt::LeftButton);
     EXPECT_EQ(ax.settingsOpened, 1);
 
     keyboard.trusted = true;
@@ -260,7 +262,7 @@ TEST_F(Settings, WarningsFollowTheDetectorWhileOpen)
     hotkey.refreshSecureInput();
     EXPECT_TRUE(shows(blocked));
 
-    QTest::mouseClick(control("Switch to Double-tap ⌘ Command"), Qt::LeftButton);
+    QTest::mouseClick(control(words.switchToDoubleTapCommand), Qt::LeftButton);
     EXPECT_EQ(store.hotkeyModeText(), "doubleTapCommand");
     EXPECT_EQ(announced, QStringList{"hotkeyModeChanged doubleTapCommand 0"});
     EXPECT_FALSE(shows(blocked));

@@ -40,11 +40,11 @@ TEST(Kestrio, OneSearchFromTheHotkeyToTheCommand)
     run("xdotool", {"key", "alt+F4"});
     ASSERT_TRUE(eventually([&] { return firstWindow({"--onlyvisible", "--name", "Welcome to Kestrio"}).isEmpty(); }));
 
-    // Back to mousepad, then double-tap Super.
+    // Back to mousepad, then double-tap Ctrl.
     run("xdotool", {"windowactivate", "--sync", firstWindow({"--onlyvisible", "--class", "mousepad"})});
     ASSERT_TRUE(eventually([&] { return activePid() == mousepadPid; }));
     QThread::msleep(300); // Kestrio hears of the activation through the root window
-    run("xdotool", {"keydown", "Super_L", "keyup", "Super_L", "sleep", "0.05", "keydown", "Super_L", "keyup", "Super_L"});
+    run("xdotool", {"keydown", "Control_L", "keyup", "Control_L", "sleep", "0.05", "keydown", "Control_L", "keyup", "Control_L"});
     const QString kestrioPid = QString::number(kestrio.processId());
     ASSERT_TRUE(eventually([&] { return activePid() == kestrioPid; })); // the panel has the keyboard
 

@@ -2,7 +2,7 @@
 // every activation. Usage:
 //   kestrio-hotkey-probe doubleTapCommand | doubleTapOption
 //   kestrio-hotkey-probe customShortcut KEYCODE MODIFIERS
-//   kestrio-hotkey-probe --measure N   (injects N double taps of Super with
+//   kestrio-hotkey-probe --measure N   (injects N double taps of Ctrl with
 //                                       XTest and prints the delays)
 #include "app/settingsstore.h"
 #include "hotkey/hotkeyservice.h"
@@ -54,10 +54,10 @@ int main(int argc, char** argv)
 
     if (measure) {
         Display* display = XOpenDisplay(nullptr);
-        const KeyCode super = XKeysymToKeycode(display, XStringToKeysym("Super_L"));
+        const KeyCode ctrl = XKeysymToKeycode(display, XStringToKeysym("Control_L"));
         const int rounds = args.value(2).toInt();
-        auto key = [display, super](bool down) {
-            XTestFakeKeyEvent(display, super, down ? True : False, CurrentTime);
+        auto key = [display, ctrl](bool down) {
+            XTestFakeKeyEvent(display, ctrl, down ? True : False, CurrentTime);
             XFlush(display);
         };
         int round = 0;

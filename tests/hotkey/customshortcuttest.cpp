@@ -58,19 +58,25 @@ TEST(CustomShortcut, EqualityUsesTheWholeModifierValue)
     EXPECT_NE((CustomShortcut{40, 0x40000}), (CustomShortcut{41, 0x40000}));
 }
 
-TEST(ModifierGlyphs, FixedOrderWhateverTheBits)
+TEST(ModifierText, FixedOrderWhateverTheBits)
 {
     using namespace ModifierFlag;
-    EXPECT_EQ(modifierGlyphs(Shift | Command | Control), "⌃⇧⌘");
-    EXPECT_EQ(modifierGlyphs(Mask), "⌃⌥⇧⌘");
-    EXPECT_EQ(modifierGlyphs(Option), "⌥");
-    EXPECT_EQ(modifierGlyphs(CapsLock | Function | NumericPad | Help), "");
+    const KeyWords& mac = PlatformWords::macOS().keys;
+    const KeyWords& linuxKeys = PlatformWords::linuxDesktop().keys;
+    EXPECT_EQ(modifierText(Shift | Command | Control, mac), "⌃⇧⌘");
+    EXPECT_EQ(modifierText(Mask, mac), "⌃⌥⇧⌘");
+    EXPECT_EQ(modifierText(Option, mac), "⌥");
+    EXPECT_EQ(modifierText(CapsLock | Function | NumericPad | Help, mac), "");
+    EXPECT_EQ(modifierText(Shift | Command | Control, linuxKeys), "Super+Ctrl+Shift+");
+    EXPECT_EQ(modifierText(Mask, linuxKeys), "Super+Ctrl+Alt+Shift+");
+    EXPECT_EQ(modifierText(CapsLock | Function | NumericPad | Help, linuxKeys), "");
 }
 
 struct TextCase {
     quint16 keyCode;
     quint64 modifiers;
-    QString expected;
+    QString mac;
+    QString linux_;
 };
 
 class ShortcutText : public testing::TestWithParam<TextCase> {};
@@ -80,17 +86,20 @@ TEST_P(ShortcutText, NamesTheKeyFromTheTableElseFromTheLayout)
     FakeKeyboardLayout layout;
     layout.characters = {{40, "k"}, {0, "a"}, {12, "ß"}, {50, "é"}};
     const TextCase& c = GetParam();
-    EXPECT_EQ(shortcutText(CustomShortcut{c.keyCode, c.modifiers}, layout), c.expected);
+    EXPECT_EQ(shortcutText(CustomShortcut{c.keyCode, c.modifiers}, layout, PlatformWords::macOS().keys), c.mac);
+    EXPECT_EQ(shortcutText(CustomShortcut{c.keyCode, c.modifiers}, layout, PlatformWords::linuxDesktop().keys),
+              c.linux_);
 }
 
 INSTANTIATE_TEST_SUITE_P(Examples, ShortcutText, testing::Values(
-    TextCase{40, ModifierFlag::Control | ModifierFlag::Option, "⌃⌥K"},
-    TextCase{49, ModifierFlag::Command, "⌘Space"},
-    TextCase{122, ModifierFlag::Command, "⌘F1"},
-    TextCase{0, ModifierFlag::Command, "⌘A"},
-    TextCase{12, ModifierFlag::Shift, "⇧SS"},
-    TextCase{50, ModifierFlag::Control, "⌃É"},
-    TextCase{77, ModifierFlag::Control, "⌃?"},
-    TextCase{40, ModifierFlag::CapsLock, "K"}));
+    TextCase{40, ModifierFlag::Control | ModifierFlag::Option, "⌃⌥K", "Super+Alt+K"},
+    TextCase{49, ModifierFlag::Command, "⌘Space", "Ctrl+Space"},
+    TextCase{122, ModifierFlag::Command, "⌘F1", "Ctrl+F1"},
+    TextCase{0, ModifierFlag::Command, "⌘A", "Ctrl+A"},
+    TextCase{12, ModifierFlag::Shift, "⇧SS", "Shift+SS"},
+    TextCase{50, ModifierFlag::Control, "⌃É", "Super+É"},
+    TextCase{77, ModifierFlag::Control, "⌃?", "Super+?"},
+    TextCase{126, ModifierFlag::Option, "⌥↑", "Alt+↑"},
+    TextCase{40, ModifierFlag::CapsLock, "K", "K"}));
 
 } // namespace

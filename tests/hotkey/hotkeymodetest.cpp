@@ -12,8 +12,8 @@ TEST(HotkeyMode, RawValuesDisplayNamesAndWatchedModifiers)
     EXPECT_EQ(rawValue(modes[0]), "doubleTapCommand");
     EXPECT_EQ(rawValue(modes[1]), "doubleTapOption");
     EXPECT_EQ(rawValue(modes[2]), "customShortcut");
-    EXPECT_EQ(displayName(modes[0]), "Double-tap ⌘ Command");
-    EXPECT_EQ(displayName(modes[1]), "Double-tap ⌥ Option");
+    EXPECT_EQ(displayName(modes[0]), "Double-tap Ctrl");
+    EXPECT_EQ(displayName(modes[1]), "Double-tap Alt");
     EXPECT_EQ(displayName(modes[2]), "Custom shortcut");
     EXPECT_EQ(watchedModifier(modes[0]), 0x100000u);
     EXPECT_EQ(watchedModifier(modes[1]), 0x80000u);

@@ -91,13 +91,13 @@ TEST_F(AccessibilityServiceTest, WalksMenusDepthFirstWithPathsShortcutsAndStates
 
     const QList<MenuItem> items = service.getMenuItems(kEditor);
     EXPECT_EQ(rows(items), (std::vector<Row>{
-        {"File → Save", "⌘S", true},
-        {"File → Save As…", "⇧⌘S", true},
+        {"File → Save", "Ctrl+S", true},
+        {"File → Save As…", "Ctrl+Shift+S", true},
         {"File → Recent → a.txt", std::nullopt, true},
         {"File → Recent → Clear", std::nullopt, true},
         {"Edit → Paste", std::nullopt, false},
-        {"Edit → Close", "⎋", true},
-        {"View → Full Screen", "⌘F1", true}, // an empty character falls back to the virtual key
+        {"Edit → Close", "Esc", true},
+        {"View → Full Screen", "Ctrl+F1", true}, // an empty character falls back to the virtual key
     }));
     ASSERT_FALSE(items.isEmpty());
     EXPECT_EQ(items[0].appName, "Editor");
@@ -124,7 +124,7 @@ TEST_F(AccessibilityServiceTest, OddAttributesFallBackToDefaults)
     EXPECT_EQ(rows(service.getMenuItems(kEditor)), (std::vector<Row>{
         {"Tools → No State", std::nullopt, false},
         {"Tools → Text State", std::nullopt, false},
-        {"Tools → Odd Mask", "⌘K", true},
+        {"Tools → Odd Mask", "Ctrl+K", true},
         {"Tools → Broken", std::nullopt, true}, // its children could not be read: a command
     }));
 }

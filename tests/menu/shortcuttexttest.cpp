@@ -1,8 +1,13 @@
 #include "menu/shortcuttext.h"
 
+#include <QKeySequence>
+
 #include <gtest/gtest.h>
 
 namespace {
+
+const KeyWords& macKeys = PlatformWords::macOS().keys;
+const KeyWords& linuxKeys = PlatformWords::linuxDesktop().keys;
 
 struct CharacterCase {
     QString keyCharacter;
@@ -10,12 +15,13 @@ struct CharacterCase {
     QString expected;
 };
 
+// The macOS texts, glyph by glyph.
 class MenuShortcutFromCharacter : public testing::TestWithParam<CharacterCase> {};
 
 TEST_P(MenuShortcutFromCharacter, FormsText)
 {
     const auto& c = GetParam();
-    EXPECT_EQ(menuShortcutText(c.keyCharacter, c.mask), c.expected);
+    EXPECT_EQ(menuShortcutText(c.keyCharacter, c.mask, macKeys), c.expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(Examples, MenuShortcutFromCharacter, testing::Values(
@@ -50,7 +56,7 @@ class MenuShortcutFromVirtualKey : public testing::TestWithParam<VirtualKeyCase>
 TEST_P(MenuShortcutFromVirtualKey, FormsText)
 {
     const auto& c = GetParam();
-    EXPECT_EQ(menuShortcutText(c.virtualKey, c.mask), c.expected);
+    EXPECT_EQ(menuShortcutText(c.virtualKey, c.mask, macKeys), c.expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(Examples, MenuShortcutFromVirtualKey, testing::Values(
@@ -68,20 +74,20 @@ TEST(KeyCharacterGlyph, TableAndFunctionKeys)
         {0xF72B, "↘"}, {0xF72C, "⇞"}, {0xF72D, "⇟"},
     };
     for (const auto& [scalar, glyph] : table)
-        EXPECT_EQ(keyCharacterGlyph(QString::fromUcs4(&scalar, 1)), glyph) << std::hex << uint32_t(scalar);
+        EXPECT_EQ(keyCharacterGlyph(QString::fromUcs4(&scalar, 1), macKeys), glyph) << std::hex << uint32_t(scalar);
     for (char32_t n = 1; n <= 12; ++n) {
         const char32_t scalar = 0xF703 + n;
-        EXPECT_EQ(keyCharacterGlyph(QString::fromUcs4(&scalar, 1)), QStringLiteral("F%1").arg(n));
+        EXPECT_EQ(keyCharacterGlyph(QString::fromUcs4(&scalar, 1), macKeys), QStringLiteral("F%1").arg(n));
     }
 }
 
 TEST(KeyCharacterGlyph, LooksOnlyAtTheFirstScalar)
 {
-    EXPECT_EQ(keyCharacterGlyph(QString(QChar(0xF700)) + "x"), "↑");
-    EXPECT_EQ(keyCharacterGlyph("x" + QString(QChar(0xF700))), std::nullopt);
-    EXPECT_EQ(keyCharacterGlyph(""), std::nullopt);
+    EXPECT_EQ(keyCharacterGlyph(QString(QChar(0xF700)) + "x", macKeys), "↑");
+    EXPECT_EQ(keyCharacterGlyph("x" + QString(QChar(0xF700)), macKeys), std::nullopt);
+    EXPECT_EQ(keyCharacterGlyph("", macKeys), std::nullopt);
     const char32_t astral = 0x1F600;
-    EXPECT_EQ(keyCharacterGlyph(QString::fromUcs4(&astral, 1)), std::nullopt);
+    EXPECT_EQ(keyCharacterGlyph(QString::fromUcs4(&astral, 1), macKeys), std::nullopt);
 }
 
 TEST(VirtualKeyName, HasExactlyTheThirtyEntries)
@@ -97,10 +103,72 @@ TEST(VirtualKeyName, HasExactlyTheThirtyEntries)
     for (qint64 code = -1; code <= 0x10000; ++code) {
         const auto it = table.find(code);
         if (it == table.end())
-            EXPECT_EQ(virtualKeyName(code), std::nullopt) << code;
+            EXPECT_EQ(virtualKeyName(code, macKeys), std::nullopt) << code;
         else
-            EXPECT_EQ(virtualKeyName(code), it->second) << code;
+            EXPECT_EQ(virtualKeyName(code, macKeys), it->second) << code;
     }
+}
+
+// On Linux a shortcut reads as the applications themselves write it: Qt's
+// native text, with Super for Meta and arrows for the arrow keys' names.
+QString qtNativeText(int keyAndModifiers)
+{
+    return QKeySequence(keyAndModifiers)
+        .toString(QKeySequence::NativeText)
+        .replace(QStringLiteral("Meta"), QStringLiteral("Super"));
+}
+
+int qtModifiers(qint64 mask)
+{
+    int m = 0;
+    if (mask & MenuModifier::Shift)
+        m |= Qt::SHIFT;
+    if (mask & MenuModifier::Option)
+        m |= Qt::ALT;
+    if (mask & MenuModifier::Control)
+        m |= Qt::META; // Super plays Control's part
+    if (!(mask & MenuModifier::NoCommand))
+        m |= Qt::CTRL; // and Ctrl plays Command's
+    return m;
+}
+
+TEST(LinuxShortcutText, EveryModifierMaskReadsAsQtWritesIt)
+{
+    for (qint64 mask = 0; mask < 16; ++mask) {
+        EXPECT_EQ(menuShortcutText(QStringLiteral("s"), mask, linuxKeys), qtNativeText(qtModifiers(mask) | Qt::Key_S))
+            << mask;
+    }
+}
+
+TEST(LinuxShortcutText, NamedKeysReadAsQtWritesThem)
+{
+    const std::vector<std::pair<qint64, int>> keys{
+        {36, Qt::Key_Return}, {48, Qt::Key_Tab},     {49, Qt::Key_Space}, {51, Qt::Key_Backspace},
+        {53, Qt::Key_Escape}, {114, Qt::Key_Help},   {115, Qt::Key_Home}, {116, Qt::Key_PageUp},
+        {117, Qt::Key_Delete}, {119, Qt::Key_End},   {121, Qt::Key_PageDown}, {122, Qt::Key_F1},
+        {120, Qt::Key_F2},    {99, Qt::Key_F3},      {118, Qt::Key_F4},   {96, Qt::Key_F5},
+        {97, Qt::Key_F6},     {98, Qt::Key_F7},      {100, Qt::Key_F8},   {101, Qt::Key_F9},
+        {109, Qt::Key_F10},   {103, Qt::Key_F11},    {111, Qt::Key_F12},  {105, Qt::Key_F13},
+        {107, Qt::Key_F14},   {113, Qt::Key_F15},
+    };
+    for (const auto& [code, qtKey] : keys)
+        EXPECT_EQ(menuShortcutText(code, 0, linuxKeys), qtNativeText(Qt::CTRL | qtKey)) << code;
+    EXPECT_EQ(linuxKeys.virtualKeys.size(), macKeys.virtualKeys.size());
+    for (auto it = macKeys.virtualKeys.cbegin(); it != macKeys.virtualKeys.cend(); ++it)
+        EXPECT_TRUE(linuxKeys.virtualKeys.contains(it.key())) << it.key();
+}
+
+TEST(LinuxShortcutText, Examples)
+{
+    EXPECT_EQ(menuShortcutText(QStringLiteral("s"), MenuModifier::Shift, linuxKeys), "Ctrl+Shift+S");
+    EXPECT_EQ(menuShortcutText(126, MenuModifier::Option | MenuModifier::NoCommand, linuxKeys), "Alt+↑");
+    EXPECT_EQ(menuShortcutText(49, MenuModifier::Control | MenuModifier::NoCommand, linuxKeys), "Super+Space");
+    EXPECT_EQ(menuShortcutText(103, MenuModifier::NoCommand, linuxKeys), "F11");
+    EXPECT_EQ(menuShortcutText(QString(QChar(0xF704)), MenuModifier::NoCommand, linuxKeys), "F1");
+    EXPECT_EQ(menuShortcutText(QStringLiteral("+"), 0, linuxKeys), "Ctrl++");
+    EXPECT_EQ(menuShortcutText(QString(QChar(0xF728)), 0, linuxKeys), "Ctrl+Del");
+    EXPECT_EQ(menuShortcutText(QStringLiteral("\x1b"), MenuModifier::NoCommand, linuxKeys), "Esc");
+    EXPECT_EQ(menuShortcutText(0, 0, linuxKeys), "Ctrl+?");
 }
 
 } // namespace

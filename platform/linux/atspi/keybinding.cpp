@@ -65,16 +65,17 @@ std::optional<MenuKeyEquivalent> translateGtkAccelerator(const QString& accelera
         if (close < 0)
             return std::nullopt;
         const QStringView modifier = rest.mid(1, close - 1);
+        // Ctrl plays Command's part on Linux and Super plays Control's.
         if (modifier.compare(u"Primary", Qt::CaseInsensitive) == 0 || modifier.compare(u"Control", Qt::CaseInsensitive) == 0
             || modifier.compare(u"Ctrl", Qt::CaseInsensitive) == 0 || modifier.compare(u"Ctl", Qt::CaseInsensitive) == 0)
-            control = true;
+            command = true;
         else if (modifier.compare(u"Shift", Qt::CaseInsensitive) == 0 || modifier.compare(u"Shft", Qt::CaseInsensitive) == 0)
             shift = true;
         else if (modifier.compare(u"Alt", Qt::CaseInsensitive) == 0 || modifier.compare(u"Mod1", Qt::CaseInsensitive) == 0)
             option = true;
         else if (modifier.compare(u"Super", Qt::CaseInsensitive) == 0 || modifier.compare(u"Meta", Qt::CaseInsensitive) == 0
                  || modifier.compare(u"Hyper", Qt::CaseInsensitive) == 0 || modifier.compare(u"Mod4", Qt::CaseInsensitive) == 0)
-            command = true;
+            control = true;
         rest = rest.mid(close + 1);
     }
     if (rest.isEmpty())
@@ -105,13 +106,13 @@ std::optional<MenuKeyEquivalent> translateQtShortcut(const QString& shortcut, co
     bool shift = false, option = false, control = false, command = false;
     for (const QString& m : modifiers.split(u'+', Qt::SkipEmptyParts)) {
         if (m == QLatin1String("Ctrl"))
-            control = true;
+            command = true;
         else if (m == QLatin1String("Shift"))
             shift = true;
         else if (m == QLatin1String("Alt"))
             option = true;
         else if (m == QLatin1String("Meta"))
-            command = true;
+            control = true;
         else
             return std::nullopt;
     }

@@ -83,12 +83,14 @@ quint64 X11KeyboardTap::currentFlags() const
     quint64 flags = capsLock_ ? ModifierFlag::CapsLock : 0;
     if (down_.contains(kLeftShift) || down_.contains(kRightShift))
         flags |= ModifierFlag::Shift;
+    // Ctrl plays Command's part, as Qt has it on macOS; Super, which desktops
+    // keep for themselves (a tap opens GNOME's overview), plays Control's.
     if (down_.contains(kLeftCtrl) || down_.contains(kRightCtrl))
-        flags |= ModifierFlag::Control;
+        flags |= ModifierFlag::Command;
     if (down_.contains(kLeftAlt) || down_.contains(kRightAlt))
         flags |= ModifierFlag::Option;
     if (down_.contains(kLeftMeta) || down_.contains(kRightMeta))
-        flags |= ModifierFlag::Command; // Super plays Command's part
+        flags |= ModifierFlag::Control;
     return flags;
 }
 

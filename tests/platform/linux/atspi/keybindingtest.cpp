@@ -12,8 +12,8 @@ QString shown(const QString& binding, const QString& itemName = "Item")
     if (!key)
         return {};
     if (key->character)
-        return menuShortcutText(*key->character, key->modifiers);
-    return menuShortcutText(key->virtualKey.value_or(-1), key->modifiers);
+        return menuShortcutText(*key->character, key->modifiers, PlatformWords::linuxDesktop().keys);
+    return menuShortcutText(key->virtualKey.value_or(-1), key->modifiers, PlatformWords::linuxDesktop().keys);
 }
 
 struct Case {
@@ -30,49 +30,59 @@ TEST_P(KeyBindingText, ShowsWhatTheMenuShows)
 }
 
 INSTANTIATE_TEST_SUITE_P(Gtk, KeyBindingText, testing::Values(
-    Case{"s;<Alt>f:s;<Primary>s", "Save", "⌃S"},
-    Case{"a;<Alt>f:a;<Primary><Shift>s", "Save As", "⌃⇧S"},
-    Case{"l;<Alt>e:l;<Primary><Shift>Delete", "Delete Line", "⌃⇧⌦"},
-    Case{"u;<Alt>e:m:u;<Alt>Up", "Line Up", "⌥↑"},
+    Case{"s;<Alt>f:s;<Primary>s", "Save", "Ctrl+S"},
+    Case{"a;<Alt>f:a;<Primary><Shift>s", "Save As", "Ctrl+Shift+S"},
+    Case{"l;<Alt>e:l;<Primary><Shift>Delete", "Delete Line", "Ctrl+Shift+Del"},
+    Case{"u;<Alt>e:m:u;<Alt>Up", "Line Up", "Alt+↑"},
     Case{"f;<Alt>v:f;F11", "Fullscreen", "F11"},
-    Case{"o;<Alt>e:r:o;<Primary><Alt>u", "Opposite Case", "⌃⌥U"},
-    Case{"p;<Alt>i:p;<Primary>Return", "Page Break", "⌃⏎"},
-    Case{"n;<Alt>i:g:n;<Primary><Shift>space", "No-break Space", "⌃⇧Space"},
+    Case{"o;<Alt>e:r:o;<Primary><Alt>u", "Opposite Case", "Ctrl+Alt+U"},
+    Case{"p;<Alt>i:p;<Primary>Return", "Page Break", "Ctrl+Return"},
+    Case{"n;<Alt>i:g:n;<Primary><Shift>space", "No-break Space", "Ctrl+Shift+Space"},
     Case{"r;<Alt>f:r;", "Reload", ""},             // no accelerator
     Case{";;", "Nothing", ""},
-    Case{"x;<Alt>e:x;<Control>plus", "Zoom In", "⌃+"},
-    Case{"x;<Alt>e:x;<Primary>KP_Add", "Zoom In", "⌃+"},
-    Case{"x;<Alt>e:x;<Super>k", "Super", "⌘K"},
-    Case{"x;<Alt>e:x;<Primary>Page_Down", "Next", "⌃⇟"},
-    Case{"x;<Alt>e:x;<Primary>udiaeresis", "Umlaut", "⌃Ü"},
+    Case{"x;<Alt>e:x;<Control>plus", "Zoom In", "Ctrl++"},
+    Case{"x;<Alt>e:x;<Primary>KP_Add", "Zoom In", "Ctrl++"},
+    Case{"x;<Alt>e:x;<Super>k", "Super", "Super+K"},
+    Case{"x;<Alt>e:x;<Primary>Page_Down", "Next", "Ctrl+PgDown"},
+    Case{"x;<Alt>e:x;<Primary>udiaeresis", "Umlaut", "Ctrl+Ü"},
     Case{"x;<Alt>e:x;<Primary>NoSuchKey", "Odd", ""},
     Case{"x;<Alt>e:x;<Primary", "Broken", ""},
-    Case{"<Primary>q", "Quit", "⌃Q"}));
+    Case{"<Primary>q", "Quit", "Ctrl+Q"}));
 
 INSTANTIATE_TEST_SUITE_P(Qt, KeyBindingText, testing::Values(
-    Case{"Ctrl+N", "New", "⌃N"},
-    Case{"Ctrl+Shift+S", "Save As", "⌃⇧S"},
+    Case{"Ctrl+N", "New", "Ctrl+N"},
+    Case{"Ctrl+Shift+S", "Save As", "Ctrl+Shift+S"},
     Case{"F1", "Help", "F1"},
-    Case{"Alt+Right", "Next Tab", "⌥→"},
-    Case{"Ctrl+Alt+P", "Side-Pane", "⌃⌥P"},
+    Case{"Alt+Right", "Next Tab", "Alt+→"},
+    Case{"Ctrl+Alt+P", "Side-Pane", "Ctrl+Alt+P"},
     Case{"Alt+F", "File", ""},                       // the mnemonic of an item without a shortcut
     Case{"Alt+U", "UTF-8", ""},
-    Case{"Alt+Q", "Paste", "⌥Q"},                    // not a letter of the title: a real shortcut
-    Case{"Ctrl++", "Zoom In", "⌃+"},
-    Case{"Ctrl+-", "Zoom Out", "⌃-"},
-    Case{"Meta+Space", "Launcher", "⌘Space"},
-    Case{"Ctrl+Del", "Delete", "⌃⌦"},
-    Case{"Ctrl+K, Ctrl+C", "Comment", "⌃K"},
-    Case{"Shift+F3", "Find Previous", "⇧F3"},
+    Case{"Alt+Q", "Paste", "Alt+Q"},                    // not a letter of the title: a real shortcut
+    Case{"Ctrl++", "Zoom In", "Ctrl++"},
+    Case{"Ctrl+-", "Zoom Out", "Ctrl+-"},
+    Case{"Meta+Space", "Launcher", "Super+Space"},
+    Case{"Ctrl+Del", "Delete", "Ctrl+Del"},
+    Case{"Ctrl+K, Ctrl+C", "Comment", "Ctrl+K"},
+    Case{"Shift+F3", "Find Previous", "Shift+F3"},
     Case{"Hyper+X", "Odd", ""},
     Case{"Ctrl+Launch Mail", "Odd", ""},
     Case{"", "Empty", ""}));
 
 TEST(KeyBinding, CharactersAndVirtualKeysAreKeptApart)
 {
-    EXPECT_EQ(translateGtkAccelerator("<Primary><Shift>s"), (MenuKeyEquivalent{4 | 1 | 8, "s", std::nullopt}));
+    EXPECT_EQ(translateGtkAccelerator("<Primary><Shift>s"), (MenuKeyEquivalent{1, "s", std::nullopt}));
     EXPECT_EQ(translateGtkAccelerator("<Alt>Up"), (MenuKeyEquivalent{2 | 8, std::nullopt, 126}));
-    EXPECT_EQ(translateQtShortcut("Ctrl+Shift+S", "Save As"), (MenuKeyEquivalent{4 | 1 | 8, "S", std::nullopt}));
+    EXPECT_EQ(translateQtShortcut("Ctrl+Shift+S", "Save As"), (MenuKeyEquivalent{1, "S", std::nullopt}));
+}
+
+TEST(KeyBinding, CtrlPlaysCommandsPartAndSuperControls)
+{
+    // So that a macOS build of the same menus would show ⌘ for Ctrl.
+    const KeyWords& mac = PlatformWords::macOS().keys;
+    EXPECT_EQ(menuShortcutText("s", translateGtkAccelerator("<Primary>s")->modifiers, mac), "⌘S");
+    EXPECT_EQ(menuShortcutText("k", translateGtkAccelerator("<Super>k")->modifiers, mac), "⌃K");
+    EXPECT_EQ(menuShortcutText("k", translateQtShortcut("Meta+Ctrl+K", "Odd")->modifiers, mac), "⌃⌘K");
+    EXPECT_EQ(menuShortcutText("k", translateQtShortcut("Alt+K", "Odd")->modifiers, mac), "⌥K");
 }
 
 } // namespace

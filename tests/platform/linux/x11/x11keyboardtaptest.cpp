@@ -9,7 +9,7 @@ namespace {
 using namespace ModifierFlag;
 
 // evdev codes
-constexpr int kSuper = 125, kRightSuper = 126, kCtrl = 29, kAlt = 56, kShift = 42, kCaps = 58, kK = 37, kSpace = 57,
+constexpr int kSuper = 125, kRightSuper = 126, kCtrl = 29, kRightCtrl = 97, kAlt = 56, kShift = 42, kCaps = 58, kK = 37, kSpace = 57,
               kF1 = 59;
 
 bool same(const std::optional<KeyEvent>& e, int type, quint64 flags, quint16 code = 0)
@@ -20,11 +20,12 @@ bool same(const std::optional<KeyEvent>& e, int type, quint64 flags, quint16 cod
 TEST(X11KeyboardTap, ModifiersBecomeFlagChangesAndKeysKeyDowns)
 {
     X11KeyboardTap tap;
-    EXPECT_TRUE(same(tap.translate(kSuper, true), KeyEvent::flagsChanged, Command));
-    EXPECT_TRUE(same(tap.translate(kSuper, false), KeyEvent::flagsChanged, 0));
-    EXPECT_FALSE(tap.translate(kSuper, false)); // a repeated release of a key already up
+    // Ctrl plays Command's part, Super Control's.
+    EXPECT_TRUE(same(tap.translate(kCtrl, true), KeyEvent::flagsChanged, Command));
+    EXPECT_TRUE(same(tap.translate(kCtrl, false), KeyEvent::flagsChanged, 0));
+    EXPECT_FALSE(tap.translate(kCtrl, false)); // a repeated release of a key already up
 
-    EXPECT_TRUE(same(tap.translate(kCtrl, true), KeyEvent::flagsChanged, Control));
+    EXPECT_TRUE(same(tap.translate(kSuper, true), KeyEvent::flagsChanged, Control));
     EXPECT_TRUE(same(tap.translate(kAlt, true), KeyEvent::flagsChanged, Control | Option));
     EXPECT_TRUE(same(tap.translate(kK, true), KeyEvent::keyDown, Control | Option, 40));
     EXPECT_FALSE(tap.translate(kK, true)); // no second key-down while held
@@ -33,13 +34,19 @@ TEST(X11KeyboardTap, ModifiersBecomeFlagChangesAndKeysKeyDowns)
     EXPECT_TRUE(same(tap.translate(kSpace, true), KeyEvent::keyDown, Control | Option | Shift, 49));
 }
 
-TEST(X11KeyboardTap, BothSuperKeysAreCommandUntilBothAreUp)
+TEST(X11KeyboardTap, EachModifierHeldUntilBothOfItsKeysAreUp)
 {
-    X11KeyboardTap tap;
-    tap.translate(kSuper, true);
-    EXPECT_TRUE(same(tap.translate(kRightSuper, true), KeyEvent::flagsChanged, Command));
-    EXPECT_TRUE(same(tap.translate(kSuper, false), KeyEvent::flagsChanged, Command));
-    EXPECT_TRUE(same(tap.translate(kRightSuper, false), KeyEvent::flagsChanged, 0));
+    const std::vector<std::tuple<int, int, quint64>> pairs{
+        {kCtrl, kRightCtrl, Command},
+        {kSuper, kRightSuper, Control},
+    };
+    for (const auto& [left, right, flag] : pairs) {
+        X11KeyboardTap tap;
+        tap.translate(left, true);
+        EXPECT_TRUE(same(tap.translate(right, true), KeyEvent::flagsChanged, flag)) << left;
+        EXPECT_TRUE(same(tap.translate(left, false), KeyEvent::flagsChanged, flag)) << left;
+        EXPECT_TRUE(same(tap.translate(right, false), KeyEvent::flagsChanged, 0)) << left;
+    }
 }
 
 TEST(X11KeyboardTap, CapsLockTogglesItsBit)
