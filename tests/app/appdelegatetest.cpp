@@ -4,6 +4,7 @@
 #include "app/onboardingview.h"
 #include "app/platformwords.h"
 #include "app/settingsview.h"
+#include "app/styledlabel.h"
 #include "hotkey/hotkeyservice.h"
 #include "hotkey/shortcutrecorderbutton.h"
 #include "platform/fake/fakeaccessibility.h"
@@ -25,12 +26,16 @@
 #include "telemetry/analyticsservice.h"
 #include "telemetry/crashreporter.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
+#include <QComboBox>
 #include <QCoreApplication>
 #include <QDir>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QPointer>
 #include <QPushButton>
@@ -429,3 +434,126 @@ TEST(AboutView, FallbacksWhenTheProgramsFactsAreMissing)
 }
 
 } // namespace
+
+namespace {
+
+// Every text a widget tree can show: titles, labels, buttons, choices, hints,
+// tool tips, menu rows and the rows of item views.
+QStringList textsOf(QWidget* root)
+{
+    QStringList texts{root->windowTitle(), root->toolTip()};
+    QList<QWidget*> widgets = root->findChildren<QWidget*>();
+    widgets.prepend(root);
+    for (QWidget* w : widgets) {
+        texts << w->toolTip() << w->windowTitle();
+        if (const auto* styled = qobject_cast<StyledLabel*>(w))
+            texts << styled->plainText();
+        if (const auto* label = qobject_cast<QLabel*>(w))
+            texts << label->text();
+        if (const auto* button = qobject_cast<QAbstractButton*>(w))
+            texts << button->text();
+        if (const auto* box = qobject_cast<QComboBox*>(w)) {
+            for (int i = 0; i < box->count(); ++i)
+                texts << box->itemText(i);
+        }
+        if (const auto* field = qobject_cast<QLineEdit*>(w))
+            texts << field->placeholderText() << field->text();
+        if (const auto* view = qobject_cast<QAbstractItemView*>(w); view && view->model()) {
+            for (int row = 0; row < view->model()->rowCount(); ++row) {
+                for (int role = Qt::DisplayRole; role <= Qt::UserRole + 8; ++role)
+                    texts << view->model()->index(row, 0).data(role).toString();
+            }
+        }
+        for (QAction* action : w->actions())
+            texts << action->text() << action->toolTip();
+    }
+    texts.removeAll(QString());
+    return texts;
+}
+
+QStringList macOSWordsIn(const QStringList& texts)
+{
+    QStringList found;
+    for (const QString& text : texts) {
+        for (const QString& word : macOSOnlyWords()) {
+            if (text.contains(word))
+                found << word + " in “" + text + "”";
+        }
+    }
+    return found;
+}
+
+} // namespace
+
+// A Linux user reads Linux words everywhere: every window in every state,
+// hidden parts included, and the tray menu's every row.
+TEST_F(Controller, NoWindowNamesAMacOSThing)
+{
+    using namespace ModifierFlag;
+    ax.addApplication(42, E::menuBar({E::barMenu(
+                              "File", {[] {
+                                  auto item = E::item("Save As…");
+                                  item->set(AXName::menuItemCmdChar, QStringLiteral("s"));
+                                  item->set(AXName::menuItemCmdModifiers, qint64(1));
+                                  return item;
+                              }()})}));
+    TarUpdatePackaging packaging;
+    SelfUpdater updater(packaging, SelfUpdater::Environment{QDir::tempPath(), std::nullopt, 0, {}, {}, 0, {}});
+    FakeLoginItem login;
+    FakeKeyboardLayout layout;
+    makeSettingsView = [&]() -> QWidget* {
+        return new SettingsView(SettingsView::Services{settings.store(), hub, hotkey, app->accessibilityService(), usage,
+                                                       updater, login, layout, {}, {}});
+    };
+    CustomShortcut{49, Command | Shift | Control | Option}.save(settings.store());
+    keyboard.trusted = false;
+    ax.trusted = false;
+    keyboard.secureInput = true;
+    launch();
+    QStringList texts;
+    ASSERT_TRUE(app->onboardingWindow());
+    texts << textsOf(app->onboardingWindow());
+    ax.trusted = true;
+    keyboard.trusted = true;
+    QTest::qWait(1100); // the welcome's next look finds the permission granted
+    texts << textsOf(app->onboardingWindow());
+
+    for (HotkeyMode mode : allHotkeyModes()) {
+        hotkey.setMode(mode);
+        hub.postHotkeyModeChanged();
+        app->rebuildStatusMenu();
+        texts << textsOf(app->statusMenu());
+    }
+    keyboard.trusted = false;
+    hotkey.start();
+    app->rebuildStatusMenu();
+    texts << textsOf(app->statusMenu());
+    keyboard.trusted = true;
+    hotkey.start();
+    hub.postUpdateAvailable(UpdateCheckResult{"2.1.0", std::nullopt, QUrl("https://example.invalid/k.tar.gz"), std::nullopt, true});
+    texts << textsOf(app->statusMenu());
+
+    app->openSettings();
+    ASSERT_TRUE(app->settingsWindow());
+    texts << textsOf(app->settingsWindow());
+    settings.store().setBool(SettingsKey::hideMenuBarIcon, true);
+    hub.postMenuBarIconVisibilityChanged();
+    texts << textsOf(app->settingsWindow());
+    app->openAbout();
+    ASSERT_TRUE(app->aboutWindow());
+    texts << textsOf(app->aboutWindow());
+
+    app->toggleSearchPanel();
+    ASSERT_TRUE(app->searchPanelController() && app->searchPanelController()->panel());
+    QWidget* panel = app->searchPanelController()->panel();
+    texts << textsOf(panel); // reading
+    ASSERT_TRUE(eventually([&] { return textsOf(panel).contains("Ctrl+Shift+S"); }));
+    texts << textsOf(panel);
+    QTest::keyClicks(QApplication::focusWidget(), "zzzq");
+    texts << textsOf(panel); // nothing matches
+
+    EXPECT_GT(texts.size(), 100);
+    EXPECT_EQ(macOSWordsIn(texts), QStringList());
+    EXPECT_TRUE(texts.contains(words.doubleTapCommand));
+    EXPECT_TRUE(texts.contains("Super+Ctrl+Alt+Shift+Space"));
+}
