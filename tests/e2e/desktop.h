@@ -73,6 +73,25 @@ inline QString pidOf(const QString& name)
     return {};
 }
 
+// The desktop's accessibility switch, as its settings would throw it.
+inline bool setAccessibilitySwitch(bool on)
+{
+    return run(QStringLiteral("dbus-send"),
+               {"--session", "--print-reply", "--dest=org.a11y.Bus", "/org/a11y/bus",
+                "org.freedesktop.DBus.Properties.Set", "string:org.a11y.Status", "string:IsEnabled",
+                on ? "variant:boolean:true" : "variant:boolean:false"})
+               .exitCode
+           == 0;
+}
+
+inline bool accessibilitySwitch()
+{
+    return run(QStringLiteral("dbus-send"), {"--session", "--print-reply=literal", "--dest=org.a11y.Bus", "/org/a11y/bus",
+                                             "org.freedesktop.DBus.Properties.Get", "string:org.a11y.Status",
+                                             "string:IsEnabled"})
+        .out.contains(QStringLiteral("true"));
+}
+
 // Visible windows whose title contains `name`.
 inline int windowsNamed(const QString& name)
 {

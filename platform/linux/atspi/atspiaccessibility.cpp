@@ -17,6 +17,11 @@ namespace {
 const QString kRootPath = QStringLiteral("/org/a11y/atspi/accessible/root");
 const QString kAccessible = QStringLiteral("org.a11y.atspi.Accessible");
 const QString kApplication = QStringLiteral("org.a11y.atspi.Application");
+const QString kBusLauncher = QStringLiteral("org.a11y.Bus");
+const QString kBusLauncherPath = QStringLiteral("/org/a11y/bus");
+const QString kProperties = QStringLiteral("org.freedesktop.DBus.Properties");
+const QString kStatus = QStringLiteral("org.a11y.Status");
+const QString kIsEnabled = QStringLiteral("IsEnabled");
 
 AttributeRead value(AccessibilityValue v)
 {
@@ -44,8 +49,21 @@ AtspiAccessibility::~AtspiAccessibility()
     CrossThread::waitForDone(pool_);
 }
 
+bool AtspiAccessibility::isSwitchedOn()
+{
+    // The desktop's accessibility switch: Qt, Chromium and Firefox expose
+    // their menus only while it is on, so it is the permission to read them.
+    QDBusMessage get = QDBusMessage::createMethodCall(kBusLauncher, kBusLauncherPath, kProperties, QStringLiteral("Get"));
+    get.setArguments({kStatus, kIsEnabled});
+    const QDBusMessage reply = QDBusConnection::sessionBus().call(get, QDBus::Block, AtspiBus::kCallTimeoutMs);
+    const auto on = AtspiBus::valueOf(reply);
+    return on && on->typeId() == QMetaType::Bool && on->toBool();
+}
+
 bool AtspiAccessibility::checkTrust()
 {
+    if (!isSwitchedOn())
+        return false;
     const bool wasConnected = bus_.isConnected();
     if (!bus_.ensureConnected())
         return false;
@@ -251,15 +269,16 @@ AccessibilityError AtspiAccessibility::performAction(const AccessibilityElementR
 void AtspiAccessibility::requestTrust()
 {
     // Toolkits expose their objects once the desktop says accessibility is on.
-    CrossThread::start(pool_, [] {
-        QDBusMessage enable = QDBusMessage::createMethodCall(
-            QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
-            QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Set"));
-        enable.setArguments({QStringLiteral("org.a11y.Status"), QStringLiteral("IsEnabled"),
-                             QVariant::fromValue(QDBusVariant(true))});
+    // The user's own act, as the switch in the desktop's settings would be;
+    // the answer is looked at once the switch is thrown.
+    CrossThread::start(pool_, [this] {
+        QDBusMessage enable = QDBusMessage::createMethodCall(kBusLauncher, kBusLauncherPath, kProperties,
+                                                             QStringLiteral("Set"));
+        enable.setArguments({kStatus, kIsEnabled, QVariant::fromValue(QDBusVariant(true))});
         QDBusConnection::sessionBus().call(enable, QDBus::Block, AtspiBus::kCallTimeoutMs);
+        checkTrustSoon();
     });
-    checkTrustSoon();
+    openDesktopAccessibilitySettings();
 }
 
 std::optional<RunningApplication> AtspiAccessibility::runningApplication(unsigned long window)
@@ -301,7 +320,12 @@ std::optional<RunningApplication> AtspiAccessibility::frontmostApplication()
 void AtspiAccessibility::openAccessibilitySettings()
 {
     requestTrust();
-    // The desktop's own accessibility settings, where one is installed.
+}
+
+void AtspiAccessibility::openDesktopAccessibilitySettings()
+{
+    // The desktop's own accessibility settings, where one is installed: the
+    // user sees where the switch lives and can turn it off there.
     const QList<QStringList> candidates{
         {QStringLiteral("gnome-control-center"), QStringLiteral("universal-access")},
         {QStringLiteral("xfce4-accessibility-settings")},

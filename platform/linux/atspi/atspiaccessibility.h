@@ -54,7 +54,9 @@ public:
     bool checkTrust();
 
 private:
+    bool isSwitchedOn();
     void checkTrustSoon();
+    void openDesktopAccessibilitySettings();
     void trustAnswered(bool trusted, int busGeneration);
     void watchBusOwner();
     QDBusConnection pressConnection(const AtspiRef& application, bool& peer);
