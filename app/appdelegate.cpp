@@ -78,6 +78,7 @@ void AppDelegate::startUp()
     observeUpdateAvailability();
     // 7.
     checkFirstLaunch();
+    QTimer::singleShot(kTrayGraceMs, this, &AppDelegate::checkTray);
     // 8. The automatic update check, a little later, without waiting for it.
     QPointer<AppDelegate> self(this);
     QTimer::singleShot(kUpdateCheckDelayMs, this, [self] {
@@ -219,6 +220,23 @@ void AppDelegate::checkFirstLaunch()
     services_.settings.setBool(SettingsKey::hasLaunchedBefore, true);
 }
 
+bool AppDelegate::hasTray() const
+{
+    return !services_.trayAvailable || services_.trayAvailable();
+}
+
+void AppDelegate::checkTray()
+{
+    // Without a tray the icon and its menu are nowhere to be seen: say so
+    // once, in the welcome, with what the user can do about it.
+    if (hasTray() || services_.settings.hideMenuBarIcon() || services_.settings.boolValue(SettingsKey::noTrayNoticeShown))
+        return;
+    showOnboarding();
+    if (onboardingView_)
+        onboardingView_->showNoTrayNotice();
+    services_.settings.setBool(SettingsKey::noTrayNoticeShown, true);
+}
+
 void AppDelegate::toggleSearchPanel()
 {
     if (searchPanelController_ && searchPanelController_->panel() && searchPanelController_->panel()->isVisible()) {
@@ -276,7 +294,8 @@ void AppDelegate::applicationWillTerminate()
 
 bool AppDelegate::applicationShouldHandleReopen()
 {
-    if (services_.settings.hideMenuBarIcon())
+    // Without a tray there is no icon to click either.
+    if (services_.settings.hideMenuBarIcon() || !hasTray())
         openSettings();
     return false;
 }
@@ -358,6 +377,7 @@ void AppDelegate::showOnboarding()
         self->onboardingWindow_->close();
         self->onboardingWindow_ = nullptr;
     });
+    onboardingView_ = view;
     onboardingWindow_ = makeWindow(QStringLiteral("Welcome to Kestrio"), QSize(480, 360), view);
     // Closed in any way, it goes, and its permission poll with it.
     onboardingWindow_->setAttribute(Qt::WA_DeleteOnClose, true);

@@ -17,6 +17,7 @@ class AnalyticsService;
 class DesktopWindows;
 class HotkeyService;
 class NotificationHub;
+class OnboardingView;
 class QMenu;
 class QSystemTrayIcon;
 class SearchPanelController;
@@ -47,7 +48,11 @@ public:
         std::function<void(const QUrl&, const QString&)> startUpdate; // the self-updater (address, version), when there is one
         std::optional<QString> ownBundleIdentifier;
         std::function<QWidget*()> settingsView;             // a new settings form, when there is one
+        std::function<bool()> trayAvailable;                // whether the desktop shows tray icons; absent: it does
     };
+
+    // A tray host started with the session may come up a little after Kestrio.
+    static constexpr int kTrayGraceMs = 3000;
 
     explicit AppDelegate(Services services, QObject* parent = nullptr);
     ~AppDelegate() override;
@@ -93,6 +98,8 @@ private:
     void startWorkspaceTracking();
     void observeUpdateAvailability();
     void checkFirstLaunch();
+    void checkTray();
+    bool hasTray() const;
     void showOnboarding();
     QWidget* makeWindow(const QString& title, QSize size, QWidget* content);
     // The window rule: one that shows is brought forward, a closed one is replaced.
@@ -105,6 +112,7 @@ private:
     std::unique_ptr<SearchPanelController> searchPanelController_;
     AccessibilityService accessibilityService_;
     QPointer<QWidget> onboardingWindow_;
+    QPointer<OnboardingView> onboardingView_;
     std::optional<RunningApplication> lastActiveApp_;
     QPointer<QWidget> settingsWindow_;
     QPointer<QWidget> aboutWindow_;

@@ -16,6 +16,8 @@
 #include "update/selfupdater.h"
 #include "update/updatecheckservice.h"
 
+#include <QSystemTrayIcon>
+
 int main(int argc, char** argv)
 {
     KestrioApp app(argc, argv);
@@ -50,6 +52,7 @@ int main(int argc, char** argv)
                 [] { QCoreApplication::quit(); },
             });
         },
+        [] { return QSystemTrayIcon::isSystemTrayAvailable(); },
     });
     self = &delegate;
     QObject::connect(&app, &KestrioApp::reopenRequested, &delegate, [&delegate] { delegate.applicationShouldHandleReopen(); });

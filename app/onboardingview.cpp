@@ -70,6 +70,17 @@ OnboardingView::OnboardingView(AccessibilityService& accessibilityService, std::
     permission_->addWidget(missing);
     permission_->addWidget(granted_);
     column->addWidget(permission_);
+
+    noTray_ = new QWidget(this);
+    auto* noTrayColumn = new QVBoxLayout(noTray_);
+    noTrayColumn->setContentsMargins(0, 0, 0, 0);
+    noTrayColumn->setSpacing(6);
+    noTrayColumn->addWidget(iconLabel(QStringLiteral(":/icons/warning.svg"), PlatformWords::current().noTrayTitle,
+                                      Tone::orange, noTray_));
+    noTrayColumn->addWidget(
+        StyledLabel::centred(PlatformWords::current().noTrayText, Font::caption, Tone::secondary, noTray_));
+    noTray_->hide();
+    column->addWidget(noTray_);
     column->addStretch(1);
 
     closing_ = new QPushButton(this);
@@ -94,6 +105,20 @@ void OnboardingView::setPermission(bool granted)
     hasPermission_ = granted;
     permission_->setCurrentIndex(granted ? 1 : 0);
     closing_->setText(granted ? QStringLiteral("Get Started") : PlatformWords::current().continueWithoutPermission);
+}
+
+void OnboardingView::showNoTrayNotice()
+{
+    if (!noTray_->isHidden())
+        return;
+    noTray_->show();
+    QWidget* frame = window();
+    frame->setFixedSize(frame->width(), frame->height() + noTray_->sizeHint().height() + layout()->spacing());
+}
+
+bool OnboardingView::showsNoTrayNotice() const
+{
+    return !noTray_->isHidden();
 }
 
 QString OnboardingView::permissionText() const

@@ -25,6 +25,9 @@ public:
     QPushButton* closingButton() const { return closing_; }
     QPushButton* settingsButton() const { return openSettings_; }
     QString permissionText() const;
+    // What to do on a desktop that shows no tray icons; the window grows to fit.
+    void showNoTrayNotice();
+    bool showsNoTrayNotice() const;
 
 private:
     void setPermission(bool granted);
@@ -38,4 +41,5 @@ private:
     QLabel* required_;
     QPushButton* openSettings_;
     QPushButton* closing_;
+    QWidget* noTray_;
 };

@@ -22,6 +22,8 @@ inline constexpr QLatin1StringView analyticsEnabled{"analyticsEnabled"};
 inline constexpr QLatin1StringView autoUpdateCheck{"autoUpdateCheck"};
 inline constexpr QLatin1StringView lastUpdateCheckDate{"lastUpdateCheckDate"};
 inline constexpr QLatin1StringView menuItemUsage{"menuItemUsage"};
+// Desktops without a tray: the user was told once.
+inline constexpr QLatin1StringView noTrayNoticeShown{"noTrayNoticeShown"};
 } // namespace SettingsKey
 
 // The user's persistent settings: one flat namespace of typed keys in a JSON

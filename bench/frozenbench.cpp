@@ -96,7 +96,7 @@ int main(int argc, char** argv)
     NotificationHub hub;
     AppDelegate delegate(AppDelegate::Services{settings, hotkey, AnalyticsService::shared(), Accessibility::current(),
                                                DesktopWindows::current(), Workspace::current(), hub, [] {}, {}, {},
-                                               QStringLiteral("kestrio"), {}});
+                                               QStringLiteral("kestrio"), {}, {}});
     delegate.applicationDidFinishLaunching();
 
     // The main thread's pulse: a 5 ms timer, and the longest wait between two ticks.

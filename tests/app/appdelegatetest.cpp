@@ -72,6 +72,7 @@ protected:
     int updateChecks = 0;
     int settingsViews = 0;
     std::function<QWidget*()> makeSettingsView;
+    bool tray = true;
     std::unique_ptr<AppDelegate> app;
 
     Controller()
@@ -89,7 +90,8 @@ protected:
             [this] {
                 ++settingsViews;
                 return makeSettingsView ? makeSettingsView() : new QWidget;
-            }});
+            },
+            [this] { return tray; }});
         app->setSearchServices(SearchServices{&usage, &analytics, [](const MenuItem&) { return true; }});
         app->applicationDidFinishLaunching();
     }
@@ -556,4 +558,47 @@ TEST_F(Controller, NoWindowNamesAMacOSThing)
     EXPECT_EQ(macOSWordsIn(texts), QStringList());
     EXPECT_TRUE(texts.contains(words.doubleTapCommand));
     EXPECT_TRUE(texts.contains("Super+Ctrl+Alt+Shift+Space"));
+}
+
+// Without a tray the icon, and the menu behind it, are nowhere: the welcome
+// says so once and what to do; launching again opens the settings.
+TEST_F(Controller, ADesktopWithoutTrayIsToldOnce)
+{
+    settings.store().setBool(SettingsKey::hasLaunchedBefore, true);
+    tray = false;
+    launch();
+    EXPECT_FALSE(app->onboardingWindow()); // a tray host may still come
+    ASSERT_TRUE(eventually([&] { return app->onboardingWindow() != nullptr; }, AppDelegate::kTrayGraceMs + 2000));
+    auto* welcome = app->onboardingWindow()->findChild<OnboardingView*>();
+    ASSERT_TRUE(welcome);
+    EXPECT_TRUE(welcome->showsNoTrayNotice());
+    EXPECT_GT(app->onboardingWindow()->height(), 360);
+    EXPECT_TRUE(settings.store().boolValue(SettingsKey::noTrayNoticeShown));
+    app->applicationShouldHandleReopen();
+    EXPECT_TRUE(app->settingsWindow() && app->settingsWindow()->isVisible());
+    EXPECT_TRUE(hotkey.isActive()); // everything else goes on
+
+    app->onboardingWindow()->close();
+    app.reset();
+    launch(); // the next start says nothing
+    QTest::qWait(AppDelegate::kTrayGraceMs + 300);
+    EXPECT_FALSE(app->onboardingWindow());
+}
+
+TEST_F(Controller, NoTrayNoticeWhenTheTrayCameInTimeOrTheIconIsHidden)
+{
+    settings.store().setBool(SettingsKey::hasLaunchedBefore, true);
+    tray = false;
+    launch();
+    tray = true; // the session's tray host came up
+    QTest::qWait(AppDelegate::kTrayGraceMs + 300);
+    EXPECT_FALSE(app->onboardingWindow());
+    EXPECT_FALSE(settings.store().boolValue(SettingsKey::noTrayNoticeShown));
+
+    app.reset();
+    tray = false;
+    settings.store().setBool(SettingsKey::hideMenuBarIcon, true);
+    launch();
+    QTest::qWait(AppDelegate::kTrayGraceMs + 300);
+    EXPECT_FALSE(app->onboardingWindow());
 }
