@@ -9,7 +9,8 @@ KestrioApp::KestrioApp(int& argc, char** argv) : QApplication(argc, argv)
 {
     setApplicationName(QStringLiteral("Kestrio"));
     setOrganizationName(QStringLiteral("Brambleworks"));
-    setDesktopFileName(QStringLiteral("kestrio"));
+    // The installed desktop entry's name, so desktops match windows to it.
+    setDesktopFileName(QStringLiteral("com.brambleworks.Kestrio"));
     setQuitOnLastWindowClosed(false);
 }
 

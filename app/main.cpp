@@ -13,14 +13,23 @@
 #include "platform/workspace.h"
 #include "search/usagetracker.h"
 #include "telemetry/analyticsservice.h"
+#include "telemetry/appinfo.h"
 #include "update/selfupdater.h"
 #include "update/updatecheckservice.h"
 
+#include <QCommandLineParser>
 #include <QSystemTrayIcon>
 
 int main(int argc, char** argv)
 {
     KestrioApp app(argc, argv);
+    app.setApplicationVersion(appVersion());
+    QCommandLineParser options;
+    options.setApplicationDescription(
+        QStringLiteral("Search and run the menu commands of the application you are working in."));
+    options.addHelpOption();
+    options.addVersionOption();
+    options.process(app);
     if (!app.claimSingleInstance())
         return 0;
 

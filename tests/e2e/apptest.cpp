@@ -29,7 +29,7 @@ TEST(Kestrio, OneSearchFromTheHotkeyToTheCommand)
 
     QProcess kestrio;
     kestrio.setProcessChannelMode(QProcess::ForwardedChannels);
-    kestrio.start(QStringLiteral(KESTRIO_PATH));
+    kestrio.start(kestrioProgram());
     ASSERT_TRUE(kestrio.waitForStarted());
 
     // A fresh settings folder: the welcome comes first.

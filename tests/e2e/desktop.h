@@ -45,9 +45,21 @@ inline ProcessResult run(const QString& program, const QStringList& arguments, i
     return result;
 }
 
+// The programs under test: the build's own, or installed ones named by
+// KESTRIO_UNDER_TEST and KESTRIOCTL_UNDER_TEST (the packaging test).
+inline QString kestrioProgram()
+{
+    return qEnvironmentVariable("KESTRIO_UNDER_TEST", QStringLiteral(KESTRIO_PATH));
+}
+
+inline QString kestrioctlProgram()
+{
+    return qEnvironmentVariable("KESTRIOCTL_UNDER_TEST", QStringLiteral(KESTRIOCTL_PATH));
+}
+
 inline ProcessResult kestrioctl(const QStringList& arguments)
 {
-    return run(QStringLiteral(KESTRIOCTL_PATH), arguments);
+    return run(kestrioctlProgram(), arguments);
 }
 
 // Polls until `condition` holds or patience runs out.
