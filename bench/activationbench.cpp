@@ -3,6 +3,8 @@
 // panel's first paint and the paint that shows its results, with the menu
 // reader's cache cold (a new reader every time) and warm (one reader).
 #include "app/settingsstore.h"
+#include "bench/paintwatch.h"
+#include "bench/samples.h"
 #include "hotkey/hotkeyservice.h"
 #include "menu/accessibilityservice.h"
 #include "platform/accessibility.h"
@@ -23,26 +25,6 @@
 
 #include <algorithm>
 #include <cstdio>
-
-namespace {
-
-struct PaintWatch : QObject {
-    std::function<void()> onPaint;
-    bool eventFilter(QObject*, QEvent* event) override
-    {
-        if (event->type() == QEvent::UpdateRequest && onPaint)
-            QTimer::singleShot(0, this, onPaint); // after the update has been drawn
-        return false;
-    }
-};
-
-double median(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v.empty() ? 0 : v[v.size() / 2];
-}
-
-} // namespace
 
 int main(int argc, char** argv)
 {

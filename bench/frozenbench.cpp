@@ -8,6 +8,8 @@
 #include "app/appdelegate.h"
 #include "app/notificationhub.h"
 #include "app/settingsstore.h"
+#include "bench/paintwatch.h"
+#include "bench/samples.h"
 #include "hotkey/hotkeymode.h"
 #include "hotkey/hotkeyservice.h"
 #include "platform/accessibility.h"
@@ -33,27 +35,6 @@
 #include <functional>
 
 namespace {
-
-double median(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v.empty() ? 0 : v[v.size() / 2];
-}
-
-double largest(const std::vector<double>& v)
-{
-    return v.empty() ? 0 : *std::max_element(v.begin(), v.end());
-}
-
-struct PaintWatch : QObject {
-    std::function<void()> onPaint;
-    bool eventFilter(QObject*, QEvent* event) override
-    {
-        if (event->type() == QEvent::UpdateRequest && onPaint)
-            QTimer::singleShot(0, this, onPaint); // after the update has been drawn
-        return false;
-    }
-};
 
 // Steps that run one after another on the event loop, each after a delay.
 class Script : public QObject {

@@ -120,6 +120,26 @@ protected:
     }
 
     QStringList sentEventNames() const { return telemetry.sentEventNames(); }
+
+    // What a real settings form works with, beside the controller's own.
+    struct SettingsFormParts {
+        TarUpdatePackaging packaging;
+        SelfUpdater updater{packaging, SelfUpdater::Environment{QDir::tempPath(), std::nullopt, 0, {}, {}, 0, {}}};
+        FakeLoginItem login;
+        FakeKeyboardLayout layout;
+    };
+    std::optional<SettingsFormParts> settingsFormParts;
+
+    // "Settings…" opens the real form instead of an empty stand-in.
+    SettingsFormParts& useSettingsForm()
+    {
+        SettingsFormParts& parts = settingsFormParts.emplace();
+        makeSettingsView = [this, &parts]() -> QWidget* {
+            return new SettingsView(SettingsView::Services{settings.store(), hub, hotkey, app->accessibilityService(),
+                                                           usage, parts.updater, parts.login, parts.layout, {}, {}});
+        };
+        return parts;
+    }
 };
 
 TEST_F(Controller, StartUpInOrder)
@@ -380,15 +400,7 @@ TEST_F(Controller, ARecordedShortcutReplacesTheActiveOneAtOnce)
     CustomShortcut{0, Command}.save(settings.store());
     hotkey.setMode(HotkeyMode::customShortcut);
     hotkey.customShortcut = CustomShortcut::load(settings.store());
-    TarUpdatePackaging packaging;
-    SelfUpdater updater(packaging, SelfUpdater::Environment{QDir::tempPath(), std::nullopt, 0, {}, {}, 0, {}});
-    FakeLoginItem login;
-    FakeKeyboardLayout layout;
-    layout.scanCodes = {{45, 40}};
-    makeSettingsView = [&]() -> QWidget* {
-        return new SettingsView(SettingsView::Services{settings.store(), hub, hotkey, app->accessibilityService(), usage,
-                                                       updater, login, layout, {}, {}});
-    };
+    useSettingsForm().layout.scanCodes = {{45, 40}};
     launch();
     int activations = 0;
     hotkey.onActivate = [&] { ++activations; };
@@ -499,14 +511,7 @@ TEST_F(Controller, NoWindowNamesAMacOSThing)
                                   item->set(AXName::menuItemCmdModifiers, qint64(1));
                                   return item;
                               }()})}));
-    TarUpdatePackaging packaging;
-    SelfUpdater updater(packaging, SelfUpdater::Environment{QDir::tempPath(), std::nullopt, 0, {}, {}, 0, {}});
-    FakeLoginItem login;
-    FakeKeyboardLayout layout;
-    makeSettingsView = [&]() -> QWidget* {
-        return new SettingsView(SettingsView::Services{settings.store(), hub, hotkey, app->accessibilityService(), usage,
-                                                       updater, login, layout, {}, {}});
-    };
+    useSettingsForm();
     CustomShortcut{49, Command | Shift | Control | Option}.save(settings.store());
     keyboard.trusted = false;
     ax.trusted = false;

@@ -11,16 +11,6 @@ namespace {
 
 using namespace e2e;
 
-QString firstWindow(const QStringList& searchArguments)
-{
-    return run("xdotool", QStringList{"search"} + searchArguments).out.split(u'\n', Qt::SkipEmptyParts).value(0);
-}
-
-QString activePid()
-{
-    return run("xdotool", {"getwindowpid", run("xdotool", {"getactivewindow"}).out.trimmed()}).out.trimmed();
-}
-
 TEST(Kestrio, OneSearchFromTheHotkeyToTheCommand)
 {
     Applications apps;
@@ -44,7 +34,7 @@ TEST(Kestrio, OneSearchFromTheHotkeyToTheCommand)
     run("xdotool", {"windowactivate", "--sync", firstWindow({"--onlyvisible", "--class", "mousepad"})});
     ASSERT_TRUE(eventually([&] { return activePid() == mousepadPid; }));
     QThread::msleep(300); // Kestrio hears of the activation through the root window
-    run("xdotool", {"keydown", "Control_L", "keyup", "Control_L", "sleep", "0.05", "keydown", "Control_L", "keyup", "Control_L"});
+    run("xdotool", doubleTap("Control_L"));
     const QString kestrioPid = QString::number(kestrio.processId());
     ASSERT_TRUE(eventually([&] { return activePid() == kestrioPid; })); // the panel has the keyboard
 

@@ -104,6 +104,29 @@ inline bool accessibilitySwitch()
         .out.contains(QStringLiteral("true"));
 }
 
+// The first window `xdotool search` finds with these arguments, or "".
+inline QString firstWindow(const QStringList& searchArguments)
+{
+    return run(QStringLiteral("xdotool"), QStringList{QStringLiteral("search")} + searchArguments)
+        .out.split(u'\n', Qt::SkipEmptyParts)
+        .value(0);
+}
+
+// The process id of the active window.
+inline QString activePid()
+{
+    return run(QStringLiteral("xdotool"),
+               {QStringLiteral("getwindowpid"), run(QStringLiteral("xdotool"), {QStringLiteral("getactivewindow")}).out.trimmed()})
+        .out.trimmed();
+}
+
+// xdotool's arguments for two taps of `key`, `pause` seconds apart.
+inline QStringList doubleTap(const QString& key, const QString& pause = QStringLiteral("0.05"))
+{
+    return {QStringLiteral("keydown"), key, QStringLiteral("keyup"), key, QStringLiteral("sleep"), pause,
+            QStringLiteral("keydown"), key, QStringLiteral("keyup"), key};
+}
+
 // Visible windows whose title contains `name`.
 inline int windowsNamed(const QString& name)
 {

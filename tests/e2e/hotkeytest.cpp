@@ -48,11 +48,6 @@ void settle()
     QThread::msleep(1500);
 }
 
-QStringList doubleTap(const QString& key, const QString& pause)
-{
-    return {"keydown", key, "keyup", key, "sleep", pause, "keydown", key, "keyup", key};
-}
-
 TEST(Hotkey, QuickDoubleTapOfCtrlActivatesOnceWhicheverCtrl)
 {
     Probe probe({"doubleTapCommand"});

@@ -8,21 +8,9 @@ using namespace e2e;
 
 QString window(const QStringList& searchArguments)
 {
-    return run("xdotool", QStringList{"search", "--onlyvisible"} + searchArguments)
-        .out.split(u'\n', Qt::SkipEmptyParts)
-        .value(0);
+    return firstWindow(QStringList{"--onlyvisible"} + searchArguments);
 }
 
-QString activePid()
-{
-    return run("xdotool", {"getwindowpid", run("xdotool", {"getactivewindow"}).out.trimmed()}).out.trimmed();
-}
-
-void doubleTapCtrl()
-{
-    run("xdotool", {"keydown", "Control_L", "keyup", "Control_L", "sleep", "0.05", "keydown", "Control_L", "keyup",
-                    "Control_L"});
-}
 
 // The session starts as a user's does, with the desktop's accessibility
 // switch off. Applications already running are there before Kestrio is.
@@ -48,7 +36,7 @@ TEST(AccessibilitySwitch, TheWelcomesButtonTurnsItOnAndRunningApplicationsBecome
     run("xdotool", {"windowactivate", "--sync", window({"--class", "featherpad"})});
     ASSERT_TRUE(eventually([&] { return activePid() == featherpadPid; }));
     QThread::msleep(300);
-    doubleTapCtrl();
+    run("xdotool", doubleTap("Control_L"));
     QThread::msleep(1500);
     EXPECT_EQ(window({"--name", "^Kestrio$"}), QString()); // no panel
     EXPECT_FALSE(accessibilitySwitch());
@@ -67,7 +55,7 @@ TEST(AccessibilitySwitch, TheWelcomesButtonTurnsItOnAndRunningApplicationsBecome
     run("xdotool", {"windowactivate", "--sync", window({"--class", "featherpad"})});
     ASSERT_TRUE(eventually([&] { return activePid() == featherpadPid; }));
     QThread::msleep(300);
-    doubleTapCtrl();
+    run("xdotool", doubleTap("Control_L"));
     ASSERT_TRUE(eventually([&] { return activePid() == kestrioPid; }));
     run("xdotool", {"type", "--delay", "60", "save as"});
     ASSERT_TRUE(eventually([&] {
