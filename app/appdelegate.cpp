@@ -187,6 +187,13 @@ void AppDelegate::startWorkspaceTracking()
     services_.workspace.startWatching();
 }
 
+void AppDelegate::toggleFromCommand(const QString& activationToken)
+{
+    if (!activationToken.isEmpty())
+        services_.windows.setActivationToken(activationToken);
+    toggleSearchPanel();
+}
+
 void AppDelegate::refreshLastActiveApp()
 {
     const std::optional<RunningApplication> front = services_.workspace.frontmostApplication();

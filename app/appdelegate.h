@@ -61,6 +61,10 @@ public:
     void applicationWillTerminate();
     bool applicationShouldHandleReopen();
 
+    // `kestrio --toggle` and its D-Bus twin, with the desktop's permission
+    // for the panel to take the focus.
+    void toggleFromCommand(const QString& activationToken);
+
     // Status-menu actions.
     void toggleSearchPanel();
     void openAccessibilitySettings();

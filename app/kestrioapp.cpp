@@ -22,12 +22,13 @@ QString KestrioApp::socketPath() const
     return folder + QStringLiteral("/kestrio.socket");
 }
 
-bool KestrioApp::claimSingleInstance()
+bool KestrioApp::claimSingleInstance(const InstanceRequest& request)
 {
+    // This launch is not the instance yet: waiting here freezes no window.
     QLocalSocket other;
     other.connectToServer(socketPath());
     if (other.waitForConnected(1000)) {
-        other.write("reopen\n");
+        other.write(request.encode());
         other.waitForBytesWritten(1000);
         other.disconnectFromServer();
         return false;
@@ -41,11 +42,25 @@ bool KestrioApp::claimSingleInstance()
     connect(server_, &QLocalServer::newConnection, this, [this] {
         while (QLocalSocket* socket = server_->nextPendingConnection()) {
             connect(socket, &QLocalSocket::readyRead, this, [this, socket] {
-                if (socket->readAll().startsWith("reopen"))
-                    emit reopenRequested();
+                // One short line per launch; whatever else arrives is ignored.
+                while (socket->canReadLine())
+                    handle(socket->readLine(1024));
+                if (socket->bytesAvailable() > 1024)
+                    socket->abort();
             });
             connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
         }
     });
     return true;
+}
+
+void KestrioApp::handle(const QByteArray& line)
+{
+    const auto request = InstanceRequest::decode(line);
+    if (!request)
+        return;
+    if (request->kind == InstanceRequest::Kind::toggle)
+        emit toggleRequested(request->activationToken);
+    else
+        emit reopenRequested();
 }

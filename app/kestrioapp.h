@@ -1,26 +1,30 @@
 #pragma once
 
+#include "app/instancerequest.h"
+
 #include <QApplication>
 
 class QLocalServer;
 
 // The program: lives in the tray, so closing its last window does not end it.
-// One runs per user session; a second launch asks the first to handle a
-// reopen and ends.
+// One runs per user session; a second launch passes its request (a reopen,
+// or a toggle of the panel) to the first and ends.
 class KestrioApp : public QApplication {
     Q_OBJECT
 
 public:
     KestrioApp(int& argc, char** argv);
 
-    // True when this is the one instance; false when another one runs and was
-    // asked to reopen.
-    bool claimSingleInstance();
+    // True when this is the one instance; false when another one runs and
+    // was handed `request`.
+    bool claimSingleInstance(const InstanceRequest& request = {});
 
 signals:
     void reopenRequested();
+    void toggleRequested(const QString& activationToken);
 
 private:
     QString socketPath() const;
+    void handle(const QByteArray& line);
     QLocalServer* server_ = nullptr;
 };

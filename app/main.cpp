@@ -10,6 +10,7 @@
 #include "platform/desktopwindows.h"
 #include "platform/keyboardlayout.h"
 #include "platform/loginitem.h"
+#include "platform/remotecontrol.h"
 #include "platform/workspace.h"
 #include "search/usagetracker.h"
 #include "telemetry/analyticsservice.h"
@@ -29,8 +30,19 @@ int main(int argc, char** argv)
         QStringLiteral("Search and run the menu commands of the application you are working in."));
     options.addHelpOption();
     options.addVersionOption();
+    const QCommandLineOption toggle(
+        QStringLiteral("toggle"),
+        QStringLiteral("Open the search panel over the application in front, or close it, in the running Kestrio "
+                       "(started first if need be). Bind a desktop keyboard shortcut to this command where "
+                       "Kestrio cannot watch the keyboard itself, as on Wayland."));
+    options.addOption(toggle);
     options.process(app);
-    if (!app.claimSingleInstance())
+    InstanceRequest request;
+    if (options.isSet(toggle)) {
+        request.kind = InstanceRequest::Kind::toggle;
+        request.activationToken = qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
+    }
+    if (!app.claimSingleInstance(request))
         return 0;
 
     AppearanceTheme::apply(SettingsStore::standard().appearance());
@@ -65,7 +77,16 @@ int main(int argc, char** argv)
     });
     self = &delegate;
     QObject::connect(&app, &KestrioApp::reopenRequested, &delegate, [&delegate] { delegate.applicationShouldHandleReopen(); });
+    QObject::connect(&app, &KestrioApp::toggleRequested, &delegate, &AppDelegate::toggleFromCommand);
+    RemoteControl::current().publish([&delegate](const QString& token) { delegate.toggleFromCommand(token); });
     QObject::connect(&app, &QCoreApplication::aboutToQuit, &delegate, [&delegate] { delegate.applicationWillTerminate(); });
     delegate.applicationDidFinishLaunching();
+    if (request.kind == InstanceRequest::Kind::toggle) {
+        // Started by the toggle itself: open once it is known whether the
+        // menus may be read, rather than show the welcome by mistake.
+        Accessibility::current().afterTrustIsKnown(&delegate, [&delegate, token = request.activationToken] {
+            delegate.toggleFromCommand(token);
+        });
+    }
     return app.exec();
 }

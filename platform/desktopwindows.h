@@ -22,6 +22,10 @@ public:
     virtual void showOnAllWorkspaces(quintptr windowId) = 0;
     // Whether a compositing manager draws translucency and shadows.
     virtual bool hasCompositor() = 0;
+    // The desktop's permission for this program's next window to take the
+    // focus, handed over by the command that asked for it; where the
+    // desktop needs none, it is ignored.
+    virtual void setActivationToken(const QString& token) { Q_UNUSED(token); }
 
     static DesktopWindows& current();
 };

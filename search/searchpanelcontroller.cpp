@@ -73,6 +73,9 @@ void SearchPanelController::show()
     auto* panel = new SearchPanel(view_, compositor);
     model->setParent(panel); // released with the panel at the latest
     panel->setGeometry(frame);
+    // A window that cannot be resized is a dialog to tiling compositors:
+    // they float it instead of giving it a tile.
+    panel->setFixedSize(frame.size());
     panel->show();
     panel->raise();
     panel->activateWindow();

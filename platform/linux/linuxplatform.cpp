@@ -1,12 +1,18 @@
 // The Linux answers to the platform's "current" accessors.
 #include "platform/desktopwindows.h"
 #include "platform/hotkeyplatform.h"
-#include "platform/linux/x11/x11desktopwindows.h"
 #include "platform/linux/atspi/atspiaccessibility.h"
-#include "platform/linux/x11/x11keyboardtap.h"
-#include "platform/linux/x11/x11workspace.h"
+#include "platform/linux/dbus/sessionbuscontrol.h"
+#include "platform/linux/displaysession.h"
+#include "platform/linux/sway/swaywindows.h"
+#include "platform/linux/sway/swayworkspace.h"
 #include "platform/linux/tarupdatepackaging.h"
+#include "platform/linux/wayland/waylanddesktopwindows.h"
+#include "platform/linux/x11/x11desktopwindows.h"
 #include "platform/linux/x11/x11keyboardlayout.h"
+#include "platform/linux/x11/x11keyboardtap.h"
+#include "platform/linux/x11/x11windows.h"
+#include "platform/linux/x11/x11workspace.h"
 #include "platform/linux/xdg/xdgautostartloginitem.h"
 #include "platform/loginitem.h"
 #include "platform/updatepackaging.h"
@@ -15,6 +21,27 @@
 
 namespace {
 
+// sway's IPC connection, shared by the window directory, the workspace and
+// the focus requests; nothing outside sway.
+SwayWindows* swayWindows()
+{
+    static SwayWindows* windows = DisplaySession::current().compositor == DisplaySession::Compositor::sway
+        ? new SwayWindows(qEnvironmentVariable("SWAYSOCK"))
+        : nullptr;
+    return windows;
+}
+
+// A Wayland session whose compositor tells nothing Kestrio can read: the
+// front application is the one it was last told of, by no one.
+class SilentWorkspace final : public Workspace {
+public:
+    std::optional<RunningApplication> frontmostApplication() override
+    {
+        return Accessibility::current().frontmostApplication();
+    }
+    void startWatching() override {}
+};
+
 class LinuxHotkeyPlatform final : public HotkeyPlatform {
 public:
     // Watching keys on X11 needs no grant; reading menus does, so trust means
@@ -22,7 +49,14 @@ public:
     bool isProcessTrusted() override { return Accessibility::current().isProcessTrusted(); }
     // Raw events keep arriving during other clients' grabs: nothing hides keys.
     bool isSecureEventInputEnabled() override { return false; }
-    bool createTap(Callback callback) override { return tap_.create(std::move(callback)); }
+    bool createTap(Callback callback) override
+    {
+        // Under Wayland the X server sees only the keys of X clients: a tap
+        // there would look alive and miss most presses.
+        if (DisplaySession::current().isWayland())
+            return false;
+        return tap_.create(std::move(callback));
+    }
     void enableTap(bool enabled) override { tap_.setEnabled(enabled); }
     void releaseTap() override { tap_.release(); }
 
@@ -44,15 +78,40 @@ HotkeyPlatform& HotkeyPlatform::current()
     return *platform;
 }
 
+WindowDirectory& WindowDirectory::current()
+{
+    static WindowDirectory* directory = [] () -> WindowDirectory* {
+        if (!DisplaySession::current().isWayland())
+            return new X11Windows;
+        if (SwayWindows* sway = swayWindows())
+            return sway;
+        return new NoWindowDirectory;
+    }();
+    return *directory;
+}
+
 DesktopWindows& DesktopWindows::current()
 {
-    static X11DesktopWindows* windows = new X11DesktopWindows;
+    static DesktopWindows* windows = [] () -> DesktopWindows* {
+        if (!DisplaySession::current().isWayland())
+            return new X11DesktopWindows;
+        std::function<void(quint64)> focus;
+        if (SwayWindows* sway = swayWindows())
+            focus = [sway](quint64 id) { sway->focus(id); };
+        return new WaylandDesktopWindows(WindowDirectory::current(), std::move(focus));
+    }();
     return *windows;
 }
 
 Workspace& Workspace::current()
 {
-    static X11Workspace* workspace = new X11Workspace;
+    static Workspace* workspace = [] () -> Workspace* {
+        if (!DisplaySession::current().isWayland())
+            return new X11Workspace;
+        if (SwayWindows* sway = swayWindows())
+            return new SwayWorkspace(*sway);
+        return new SilentWorkspace;
+    }();
     return *workspace;
 }
 
@@ -73,4 +132,10 @@ LoginItem& LoginItem::current()
     static XdgAutostartLoginItem* item =
         new XdgAutostartLoginItem(XdgAutostartLoginItem::userAutostartFolder(), QCoreApplication::applicationFilePath());
     return *item;
+}
+
+RemoteControl& RemoteControl::current()
+{
+    static SessionBusControl* control = new SessionBusControl;
+    return *control;
 }

@@ -35,8 +35,8 @@ AttributeRead failure(AccessibilityError error)
 
 } // namespace
 
-AtspiAccessibility::AtspiAccessibility()
-    : bus_([this] { return windows_.rootProperty("AT_SPI_BUS"); }), applications_(bus_, pool_)
+AtspiAccessibility::AtspiAccessibility(WindowDirectory& windows)
+    : windows_(windows), bus_([this] { return windows_.announcedAccessibilityBus(); }), applications_(bus_, pool_)
 {
     // Readings of frozen applications each hold a thread for a time-out; the
     // few jobs here are short, so a handful of threads never queue behind them.
@@ -171,7 +171,7 @@ AttributeRead AtspiAccessibility::copyAttributeValue(const AccessibilityElementR
             // The frame of the window the user was in, by its title.
             QString title;
             if (e->window) {
-                if (const auto info = windows_.windowInfo(*e->window))
+                if (const auto info = windows_.window(*e->window))
                     title = info->title;
             }
             AtspiMenuReader reader(bus_);
@@ -281,9 +281,9 @@ void AtspiAccessibility::requestTrust()
     openDesktopAccessibilitySettings();
 }
 
-std::optional<RunningApplication> AtspiAccessibility::runningApplication(unsigned long window)
+std::optional<RunningApplication> AtspiAccessibility::runningApplication(quint64 window)
 {
-    const auto info = windows_.windowInfo(window);
+    const auto info = windows_.window(window);
     if (!info || !info->pid)
         return std::nullopt;
     RunningApplication app;

@@ -3,7 +3,7 @@
 #include "platform/accessibility.h"
 #include "platform/linux/atspi/atspiapplications.h"
 #include "platform/linux/atspi/atspibus.h"
-#include "platform/linux/x11/x11windows.h"
+#include "platform/linux/windowdirectory.h"
 
 #include <QHash>
 #include <QPointer>
@@ -15,8 +15,8 @@
 
 class QDBusServiceWatcher;
 
-// Other applications' menus over AT-SPI2, the active window from the X11
-// window manager's hints. Whatever waits on another process (the trust check,
+// Other applications' menus over AT-SPI2, the active window from the
+// desktop's window directory. Whatever waits on another process (the trust check,
 // naming the applications, connecting to the bus) runs on a pool of its own;
 // the UI thread only reads what is known.
 class AtspiAccessibility final : public Accessibility {
@@ -28,7 +28,7 @@ public:
     // application is asked again.
     static constexpr double kStateFreshSeconds = 1.0;
 
-    AtspiAccessibility();
+    explicit AtspiAccessibility(WindowDirectory& windows = WindowDirectory::current());
     ~AtspiAccessibility() override;
 
     AccessibilityElementRef applicationElement(qint32 pid, std::optional<quint64> window = std::nullopt) override;
@@ -45,8 +45,8 @@ public:
     // Every application on the accessibility bus, read afresh. Waits: for the command line.
     QList<ApplicationInfo> applications();
 
-    // The running application behind an X11 window, named as the usage history keys it.
-    std::optional<RunningApplication> runningApplication(unsigned long window);
+    // The running application behind a window, named as the usage history keys it.
+    std::optional<RunningApplication> runningApplication(quint64 window);
     // The same, found through the process's first top-level window.
     std::optional<RunningApplication> runningApplicationOf(qint32 pid);
 
@@ -61,7 +61,7 @@ private:
     void watchBusOwner();
     QDBusConnection pressConnection(const AtspiRef& application, bool& peer);
 
-    X11Windows windows_;
+    WindowDirectory& windows_;
     AtspiBus bus_;
     QObject context_; // answers queued for the UI thread die with it
     QThreadPool pool_; // waited for before anything below goes

@@ -1,6 +1,6 @@
 #include "platform/linux/x11/x11desktopwindows.h"
 
-std::optional<unsigned long> X11DesktopWindows::windowOf(const RunningApplication& app)
+std::optional<quint64> X11DesktopWindows::windowOf(const RunningApplication& app)
 {
     if (app.window)
         return app.window;

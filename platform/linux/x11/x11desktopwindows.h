@@ -13,7 +13,7 @@ public:
     bool hasCompositor() override;
 
 private:
-    std::optional<unsigned long> windowOf(const RunningApplication& app);
+    std::optional<quint64> windowOf(const RunningApplication& app);
 
     X11Windows windows_;
 };

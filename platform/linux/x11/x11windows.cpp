@@ -62,14 +62,14 @@ QString X11Windows::textProperty(unsigned long window, const char* name)
     return text;
 }
 
-std::optional<unsigned long> X11Windows::activeWindow()
+std::optional<quint64> X11Windows::activeWindow()
 {
     std::lock_guard lock(mutex_);
     if (!display_)
         return std::nullopt;
     const Window root = DefaultRootWindow(display_);
     if (auto active = cardinalProperty(root, "_NET_ACTIVE_WINDOW", XA_WINDOW); active && *active)
-        return active;
+        return *active;
     // No window manager: the input focus, raised to its top-level window.
     Window focus = 0;
     int revert = 0;
@@ -90,13 +90,14 @@ std::optional<unsigned long> X11Windows::activeWindow()
     }
 }
 
-std::optional<X11Windows::WindowInfo> X11Windows::windowInfo(unsigned long window)
+std::optional<DesktopWindow> X11Windows::window(quint64 id)
 {
     std::lock_guard lock(mutex_);
     if (!display_)
         return std::nullopt;
-    WindowInfo info;
-    info.window = window;
+    const Window window = id;
+    DesktopWindow info;
+    info.id = id;
     if (auto pid = cardinalProperty(window, "_NET_WM_PID", XA_CARDINAL))
         info.pid = qint32(*pid);
     info.applicationId = textProperty(window, "_GTK_APPLICATION_ID");
@@ -117,7 +118,7 @@ std::optional<X11Windows::WindowInfo> X11Windows::windowInfo(unsigned long windo
     return info;
 }
 
-std::optional<unsigned long> X11Windows::windowOfProcess(qint32 pid)
+std::optional<quint64> X11Windows::windowOfProcess(qint32 pid)
 {
     std::lock_guard lock(mutex_);
     if (!display_)
@@ -127,7 +128,7 @@ std::optional<unsigned long> X11Windows::windowOfProcess(qint32 pid)
     unsigned long count = 0, after = 0;
     unsigned char* data = nullptr;
     const Atom clients = XInternAtom(display_, "_NET_CLIENT_LIST", False);
-    std::optional<unsigned long> found;
+    std::optional<quint64> found;
     if (XGetWindowProperty(display_, DefaultRootWindow(display_), clients, 0, 65536, False, XA_WINDOW, &actualType,
                            &format, &count, &after, &data) == Success
         && data && format == 32) {

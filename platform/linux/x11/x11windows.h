@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/linux/windowdirectory.h"
+
 #include <QRect>
 #include <QString>
 
@@ -10,28 +12,21 @@ typedef struct _XDisplay Display;
 
 // What the window manager and the windows themselves announce, read over a
 // connection of our own.
-class X11Windows {
+class X11Windows final : public WindowDirectory {
 public:
-    struct WindowInfo {
-        unsigned long window = 0;
-        std::optional<qint32> pid;
-        QString applicationId; // desktop application id, where the window announces one
-        QString windowClass;   // WM_CLASS class
-        QString title;
-    };
-
     X11Windows();
-    ~X11Windows();
+    ~X11Windows() override;
     X11Windows(const X11Windows&) = delete;
     X11Windows& operator=(const X11Windows&) = delete;
 
     bool isOpen() const { return display_ != nullptr; }
 
     // The window the window manager calls active, else the one with the input focus.
-    std::optional<unsigned long> activeWindow();
-    std::optional<WindowInfo> windowInfo(unsigned long window);
+    std::optional<quint64> activeWindow() override;
+    // Its hints; no frame (see `geometry`).
+    std::optional<DesktopWindow> window(quint64 id) override;
     // The first window of the window manager's client list that belongs to `pid`.
-    std::optional<unsigned long> windowOfProcess(qint32 pid);
+    std::optional<quint64> windowOfProcess(qint32 pid) override;
     // The window's frame on the screen, in root coordinates.
     std::optional<QRect> geometry(unsigned long window);
     // Asks the window manager to activate the window (as a pager would, so
@@ -41,7 +36,8 @@ public:
     void setOnAllDesktops(unsigned long window);
     // Whether a compositing manager runs on the default screen.
     bool hasCompositor();
-    // A text property of the root window, such as AT_SPI_BUS.
+    QString announcedAccessibilityBus() override { return rootProperty("AT_SPI_BUS"); }
+    // A text property of the root window.
     QString rootProperty(const char* name);
 
 private:

@@ -1,0 +1,3 @@
+#include "platform/linux/windowdirectory.h"
+
+WindowDirectory::~WindowDirectory() = default;

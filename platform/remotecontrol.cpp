@@ -1,0 +1,3 @@
+#include "platform/remotecontrol.h"
+
+RemoteControl::~RemoteControl() = default;
