@@ -14,6 +14,13 @@ struct KeyEvent {
     quint16 keyCode = 0; // layout-independent virtual key code (key-down only)
 };
 
+// How this session lets a program see the keyboard.
+enum class KeyboardAccess {
+    sessionWide,  // every key reaches watchers (macOS, X11)
+    inputDevices, // read from the kernel's keyboards (Wayland, for members of the input group)
+    none,         // only the desktop's own shortcuts, bound to the toggle command (Wayland)
+};
+
 // What watching the keyboard session-wide needs from the system.
 class HotkeyPlatform {
 public:
@@ -31,6 +38,7 @@ public:
     virtual void enableTap(bool enabled) = 0;
     // Drops the tap; no more events arrive.
     virtual void releaseTap() = 0;
+    virtual KeyboardAccess keyboardAccess() { return KeyboardAccess::sessionWide; }
 
     // The platform's own.
     static HotkeyPlatform& current();

@@ -4,6 +4,7 @@
 #include "platform/linux/atspi/atspiaccessibility.h"
 #include "platform/linux/dbus/sessionbuscontrol.h"
 #include "platform/linux/displaysession.h"
+#include "platform/linux/evdev/evdevkeyboardtap.h"
 #include "platform/linux/sway/swaywindows.h"
 #include "platform/linux/sway/swayworkspace.h"
 #include "platform/linux/tarupdatepackaging.h"
@@ -49,19 +50,33 @@ public:
     bool isProcessTrusted() override { return Accessibility::current().isProcessTrusted(); }
     // Raw events keep arriving during other clients' grabs: nothing hides keys.
     bool isSecureEventInputEnabled() override { return false; }
+    // Under Wayland the X server sees only the keys of X clients: a tap there
+    // would look alive and miss most presses, so the kernel's devices are read.
     bool createTap(Callback callback) override
     {
-        // Under Wayland the X server sees only the keys of X clients: a tap
-        // there would look alive and miss most presses.
-        if (DisplaySession::current().isWayland())
-            return false;
-        return tap_.create(std::move(callback));
+        return wayland_ ? devices_.create(std::move(callback)) : x11_.create(std::move(callback));
     }
-    void enableTap(bool enabled) override { tap_.setEnabled(enabled); }
-    void releaseTap() override { tap_.release(); }
+    void enableTap(bool enabled) override
+    {
+        devices_.setEnabled(enabled);
+        x11_.setEnabled(enabled);
+    }
+    void releaseTap() override
+    {
+        devices_.release();
+        x11_.release();
+    }
+    KeyboardAccess keyboardAccess() override
+    {
+        if (!wayland_)
+            return KeyboardAccess::sessionWide;
+        return EvdevKeyboardTap::canReadKeyboards() ? KeyboardAccess::inputDevices : KeyboardAccess::none;
+    }
 
 private:
-    X11KeyboardTap tap_;
+    const bool wayland_ = DisplaySession::current().isWayland();
+    X11KeyboardTap x11_;
+    EvdevKeyboardTap devices_;
 };
 
 } // namespace

@@ -1,31 +1,9 @@
 #include "platform/linux/x11/x11keyboardtap.h"
 
-#include "hotkey/hotkeymode.h"
-#include "platform/linux/evdev/evdevkeymap.h"
-
 #include <QSocketNotifier>
 
 #include <X11/Xlib.h>
 #include <X11/extensions/XInput2.h>
-
-namespace {
-
-// evdev codes of the modifier keys.
-constexpr int kLeftCtrl = 29, kRightCtrl = 97, kLeftShift = 42, kRightShift = 54, kLeftAlt = 56, kRightAlt = 100,
-              kLeftMeta = 125, kRightMeta = 126, kCapsLock = 58;
-
-bool isModifier(int code)
-{
-    switch (code) {
-    case kLeftCtrl: case kRightCtrl: case kLeftShift: case kRightShift: case kLeftAlt: case kRightAlt:
-    case kLeftMeta: case kRightMeta: case kCapsLock:
-        return true;
-    default:
-        return false;
-    }
-}
-
-} // namespace
 
 X11KeyboardTap::X11KeyboardTap() = default;
 
@@ -71,46 +49,11 @@ void X11KeyboardTap::release()
     notifier_.reset();
     callback_ = nullptr;
     enabled_ = false;
-    down_.clear();
+    keys_.clear();
     if (display_) {
         XCloseDisplay(display_);
         display_ = nullptr;
     }
-}
-
-quint64 X11KeyboardTap::currentFlags() const
-{
-    quint64 flags = capsLock_ ? ModifierFlag::CapsLock : 0;
-    if (down_.contains(kLeftShift) || down_.contains(kRightShift))
-        flags |= ModifierFlag::Shift;
-    // Ctrl plays Command's part, as Qt has it on macOS; Super, which desktops
-    // keep for themselves (a tap opens GNOME's overview), plays Control's.
-    if (down_.contains(kLeftCtrl) || down_.contains(kRightCtrl))
-        flags |= ModifierFlag::Command;
-    if (down_.contains(kLeftAlt) || down_.contains(kRightAlt))
-        flags |= ModifierFlag::Option;
-    if (down_.contains(kLeftMeta) || down_.contains(kRightMeta))
-        flags |= ModifierFlag::Control;
-    return flags;
-}
-
-std::optional<KeyEvent> X11KeyboardTap::translate(int evdevCode, bool pressed)
-{
-    // Synthetic input repeats releases of keys already up; raw events carry no
-    // auto-repeat, so a held shortcut activates once, not once per repeat.
-    if (pressed == down_.contains(evdevCode))
-        return std::nullopt;
-    if (pressed)
-        down_.insert(evdevCode);
-    else
-        down_.remove(evdevCode);
-    if (evdevCode == kCapsLock && pressed)
-        capsLock_ = !capsLock_;
-    if (isModifier(evdevCode))
-        return KeyEvent{KeyEvent::flagsChanged, currentFlags(), 0};
-    if (!pressed)
-        return std::nullopt;
-    return KeyEvent{KeyEvent::keyDown, currentFlags(), EvdevKeyMap::virtualKeyCode(evdevCode)};
 }
 
 void X11KeyboardTap::readEvents()

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "platform/hotkeyplatform.h"
-
-#include <QSet>
+#include "platform/linux/evdev/evdevkeystate.h"
 
 #include <memory>
 
@@ -11,9 +10,8 @@ typedef struct _XDisplay Display;
 
 // Watches the keyboard of the whole X session through XInput 2.2 raw key
 // events on a connection of its own. Nothing is grabbed: every key still
-// reaches the focused application. Raw events are turned into the detector's
-// events: modifier presses and releases into flags changes, other presses into
-// key-downs with the current flags and the key's virtual key code.
+// reaches the focused application. Raw events carry evdev codes (+ 8), which
+// EvdevKeyState turns into the detector's events.
 class X11KeyboardTap {
 public:
     X11KeyboardTap();
@@ -27,17 +25,15 @@ public:
     void release();
 
     // Turns one raw key event (evdev code) into what the detector sees, or nothing.
-    std::optional<KeyEvent> translate(int evdevCode, bool pressed);
+    std::optional<KeyEvent> translate(int evdevCode, bool pressed) { return keys_.translate(evdevCode, pressed); }
 
 private:
     void readEvents();
-    quint64 currentFlags() const;
 
     Display* display_ = nullptr;
     int opcode_ = 0;
     std::unique_ptr<QSocketNotifier> notifier_;
     HotkeyPlatform::Callback callback_;
     bool enabled_ = false;
-    QSet<int> down_;
-    bool capsLock_ = false;
+    EvdevKeyState keys_;
 };
