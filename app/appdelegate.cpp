@@ -123,7 +123,11 @@ void AppDelegate::rebuildStatusMenu()
     };
     HotkeyService& hotkey = services_.hotkey;
     add(QStringLiteral("Search Menus…"), &AppDelegate::toggleSearchPanel);
-    if (!hotkey.isActive()) {
+    if (!hotkey.isActive() && hotkey.keyboardAccess() == KeyboardAccess::none) {
+        // No grant helps where the session shows no keys: the settings say what does.
+        menu->addSeparator();
+        add(PlatformWords::current().keysUnavailableMenuRow, &AppDelegate::openSettings, {}, "warning");
+    } else if (!hotkey.isActive()) {
         menu->addSeparator();
         add(PlatformWords::current().hotkeyInactiveMenuRow, &AppDelegate::openAccessibilitySettings, {}, "warning");
     } else if (hotkey.isSecureInputActive() && hotkey.mode() == HotkeyMode::customShortcut) {
@@ -383,7 +387,7 @@ void AppDelegate::showOnboarding()
             return;
         self->onboardingWindow_->close();
         self->onboardingWindow_ = nullptr;
-    });
+    }, services_.hotkey.keyboardAccess());
     onboardingView_ = view;
     onboardingWindow_ = makeWindow(QStringLiteral("Welcome to Kestrio"), QSize(480, 360), view);
     // Closed in any way, it goes, and its permission poll with it.

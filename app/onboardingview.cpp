@@ -28,7 +28,7 @@ StyledLabel* iconLabel(const QString& icon, const QString& content, Tone tone, Q
 } // namespace
 
 OnboardingView::OnboardingView(AccessibilityService& accessibilityService, std::function<void()> onComplete,
-                               QWidget* parent)
+                               KeyboardAccess keyboardAccess, QWidget* parent)
     : QWidget(parent), accessibilityService_(accessibilityService), onComplete_(std::move(onComplete))
 {
     auto* column = new QVBoxLayout(this);
@@ -44,8 +44,10 @@ OnboardingView::OnboardingView(AccessibilityService& accessibilityService, std::
         StyledLabel::centred(QStringLiteral("Welcome to Kestrio"), Font::title, Tone::primary, this);
     welcome->setWeight(QFont::Bold);
     column->addWidget(welcome);
-    column->addWidget(StyledLabel::centred(PlatformWords::current().welcomeHint,
-                                           Font::body, Tone::secondary, this));
+    const PlatformWords& words = PlatformWords::current();
+    column->addWidget(StyledLabel::centred(
+        keyboardAccess == KeyboardAccess::none ? words.welcomeHintWithoutKeys : words.welcomeHint, Font::body,
+        Tone::secondary, this));
     auto* line = new QFrame(this);
     line->setFrameShape(QFrame::HLine);
     line->setFrameShadow(QFrame::Sunken);

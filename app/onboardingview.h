@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/hotkeyplatform.h"
+
 #include <QTimer>
 #include <QWidget>
 
@@ -18,8 +20,10 @@ class OnboardingView : public QWidget {
 public:
     static constexpr int kPollMs = 1000;
 
+    // Where the session shows no keys, the welcome names the command to bind
+    // instead of the gesture.
     OnboardingView(AccessibilityService& accessibilityService, std::function<void()> onComplete,
-                   QWidget* parent = nullptr);
+                   KeyboardAccess keyboardAccess = KeyboardAccess::sessionWide, QWidget* parent = nullptr);
 
     bool hasPermission() const { return hasPermission_; }
     QPushButton* closingButton() const { return closing_; }

@@ -47,6 +47,15 @@ const PlatformWords& PlatformWords::macOS()
             "is replaced or updated."),
         .openAccessibilitySettings = QStringLiteral("Open Accessibility Settings"),
         .hotkeyInactiveMenuRow = QStringLiteral("Hotkey inactive — grant Accessibility"),
+        // Every key reaches a trusted app: no command to bind.
+        .toggleCommand = QString(),
+        .toggleCommandNote = QString(),
+        .copyCommand = QString(),
+        .keysUnavailableTitle = QString(),
+        .keysUnavailableText = QString(),
+        .keysUnavailableMenuRow = QString(),
+        .keysFromDevicesNote = QString(),
+        .welcomeHintWithoutKeys = QString(),
         .noTrayTitle = QString(),
         .noTrayText = QString(), // the menu bar always has room for the icon
         .unpackFailedPrefix = QStringLiteral("Failed to mount DMG: "),
@@ -106,6 +115,21 @@ const PlatformWords& PlatformWords::linuxDesktop()
             "before their menus show."),
         .openAccessibilitySettings = QStringLiteral("Turn On Accessibility"),
         .hotkeyInactiveMenuRow = QStringLiteral("Hotkey inactive — turn on accessibility"),
+        .toggleCommand = QStringLiteral("kestrio --toggle"),
+        .toggleCommandNote = QStringLiteral("To open the panel with a shortcut of your desktop's own keyboard "
+                                            "settings, bind the shortcut to this command:"),
+        .copyCommand = QStringLiteral("Copy"),
+        .keysUnavailableTitle = QStringLiteral("Double-tap unavailable on Wayland"),
+        .keysUnavailableText = QStringLiteral(
+            "Wayland shows an app only the keys typed into its own windows, so Kestrio cannot watch for a double "
+            "tap or a shortcut. Bind a key to the command below in your desktop's keyboard settings instead. To "
+            "use the double tap, let Kestrio read the keyboard devices: run “sudo usermod -aG input $USER”, then "
+            "log out and in again. Members of the input group can read every key typed, passwords included."),
+        .keysUnavailableMenuRow = QStringLiteral("Hotkey unavailable on Wayland — see Settings"),
+        .keysFromDevicesNote = QStringLiteral("On Wayland, Kestrio reads your keyboards directly, as a member of the "
+                                              "input group."),
+        .welcomeHintWithoutKeys = QStringLiteral("Search and execute any menu item in the active app instantly.\n"
+                                                 "Bind a desktop shortcut to “kestrio --toggle” to get started."),
         .noTrayTitle = QStringLiteral("No tray on this desktop"),
         .noTrayText = QStringLiteral(
             "This desktop shows no tray icons, so Kestrio has no icon to click. Your hotkey still works. Turn on "

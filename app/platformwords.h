@@ -49,6 +49,17 @@ struct PlatformWords {
     QString openAccessibilitySettings;
     QString hotkeyInactiveMenuRow;
 
+    // Where the session shows Kestrio no keys (Wayland): the desktop's own
+    // shortcut bound to the toggle command. Empty where every key is seen.
+    QString toggleCommand;
+    QString toggleCommandNote; // precedes the command in the settings
+    QString copyCommand;
+    QString keysUnavailableTitle;
+    QString keysUnavailableText;
+    QString keysUnavailableMenuRow;
+    QString keysFromDevicesNote;
+    QString welcomeHintWithoutKeys;
+
     // A desktop without a tray.
     QString noTrayTitle;
     QString noTrayText;

@@ -20,7 +20,10 @@
 #include <QBoxLayout>
 #include <QButtonGroup>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
+#include <QFontDatabase>
+#include <QGuiApplication>
 #include <QLabel>
 #include <QMessageBox>
 #include <QPointer>
@@ -66,7 +69,7 @@ StyledLabel* note(const QString& text, QWidget* parent)
 }
 
 // The hotkey section's warnings: an orange heading with its symbol, what
-// happened, and the remedy's button.
+// happened, and the remedy's button where there is one.
 QWidget* warningBlock(const QString& icon, const QString& heading, const QString& explanation,
                       QPushButton* remedy, QWidget* parent)
 {
@@ -76,8 +79,10 @@ QWidget* warningBlock(const QString& icon, const QString& heading, const QString
     title->setWeight(QFont::Medium);
     layout->addWidget(title);
     layout->addWidget(note(explanation, block));
-    remedy->setParent(block);
-    layout->addWidget(remedy, 0, Qt::AlignLeft);
+    if (remedy) {
+        remedy->setParent(block);
+        layout->addWidget(remedy, 0, Qt::AlignLeft);
+    }
     return block;
 }
 
@@ -204,6 +209,12 @@ void SettingsView::buildHotkey(FormSection* section)
         openAccessibility, section);
     section->addRow(inactiveBlock_);
 
+    const PlatformWords& words = PlatformWords::current();
+    // The remedy is the command row below it.
+    keysUnavailableBlock_ = warningBlock(QStringLiteral(":/icons/warning.svg"), words.keysUnavailableTitle,
+                                         words.keysUnavailableText, nullptr, section);
+    section->addRow(keysUnavailableBlock_);
+
     activationMethod_ = new QComboBox;
     for (HotkeyMode mode : allHotkeyModes())
         activationMethod_->addItem(displayName(mode), rawValue(mode));
@@ -223,6 +234,28 @@ void SettingsView::buildHotkey(FormSection* section)
         services_.keyboardLayout);
     shortcutRow_ = labelled(QStringLiteral("Shortcut:"), recorder_, section);
     section->addRow(shortcutRow_);
+
+    keysFromDevicesNote_ = note(words.keysFromDevicesNote, section);
+    section->addRow(keysFromDevicesNote_);
+
+    // The command a desktop shortcut runs, to select or copy.
+    toggleCommandRow_ = new QWidget(section);
+    QVBoxLayout* commandColumn = column(toggleCommandRow_, 4, 0);
+    commandColumn->addWidget(note(words.toggleCommandNote, toggleCommandRow_));
+    auto* commandLine = new QWidget(toggleCommandRow_);
+    QHBoxLayout* commandRow = row(commandLine);
+    auto* command = new QLabel(words.toggleCommand, commandLine);
+    command->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    command->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    commandRow->addWidget(command);
+    commandRow->addStretch(1);
+    auto* copy = new QPushButton(words.copyCommand, commandLine);
+    connect(copy, &QPushButton::clicked, this,
+            [command = words.toggleCommand] { QGuiApplication::clipboard()->setText(command); });
+    commandRow->addWidget(copy);
+    commandColumn->addWidget(commandLine);
+    toggleCommandRow_->setVisible(!words.toggleCommand.isEmpty());
+    section->addRow(toggleCommandRow_);
 }
 
 void SettingsView::buildAppearance(FormSection* section)
@@ -366,7 +399,11 @@ void SettingsView::render()
     const QString mode = hotkeyModeRaw();
     const bool custom = mode == rawValue(HotkeyMode::customShortcut);
     secureInputBlock_->setVisible(hotkey.isActive() && hotkey.isSecureInputActive() && custom);
-    inactiveBlock_->setVisible(!hotkey.isActive());
+    // Keys the session never shows need the desktop's shortcut, not accessibility.
+    const KeyboardAccess access = hotkey.keyboardAccess();
+    inactiveBlock_->setVisible(!hotkey.isActive() && access != KeyboardAccess::none);
+    keysUnavailableBlock_->setVisible(access == KeyboardAccess::none);
+    keysFromDevicesNote_->setVisible(access == KeyboardAccess::inputDevices);
     activationMethod_->setCurrentIndex(activationMethod_->findData(mode));
     shortcutRow_->setVisible(custom);
     recorder_->refresh();

@@ -128,6 +128,9 @@ private:
     QWidget* hiddenIconNote_ = nullptr;
     QWidget* secureInputBlock_ = nullptr;
     QWidget* inactiveBlock_ = nullptr;
+    QWidget* keysUnavailableBlock_ = nullptr;
+    QWidget* keysFromDevicesNote_ = nullptr;
+    QWidget* toggleCommandRow_ = nullptr;
     QComboBox* activationMethod_ = nullptr;
     QWidget* shortcutRow_ = nullptr;
     ShortcutRecorderButton* recorder_ = nullptr;

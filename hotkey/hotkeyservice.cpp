@@ -13,6 +13,11 @@ HotkeyService& HotkeyService::shared()
     return *service;
 }
 
+KeyboardAccess HotkeyService::keyboardAccess() const
+{
+    return platform_.keyboardAccess();
+}
+
 HotkeyService::HotkeyService(HotkeyPlatform& platform, SettingsStore& settings, const Clock& monotonicClock,
                              QObject* parent)
     : QObject(parent),

@@ -2,6 +2,7 @@
 
 #include "hotkey/customshortcut.h"
 #include "hotkey/hotkeymode.h"
+#include "platform/hotkeyplatform.h"
 
 #include <QObject>
 
@@ -41,6 +42,8 @@ public:
     std::optional<CustomShortcut> customShortcut;
 
     bool isActive() const { return isActive_; }
+    // How the session lets the detector see keys; asked afresh each time.
+    KeyboardAccess keyboardAccess() const;
     bool isSecureInputActive() const { return isSecureInputActive_; }
     // Only a change is announced.
     void setSecureInputActive(bool active);

@@ -8,6 +8,7 @@ public:
     bool trusted = true;
     bool secureInput = false;
     bool refuseTap = false;
+    KeyboardAccess access = KeyboardAccess::sessionWide;
     bool tapEnabled = false;
     int tapsCreated = 0;
     Callback callback;
@@ -28,6 +29,8 @@ public:
         callback = nullptr;
         tapEnabled = false;
     }
+
+    KeyboardAccess keyboardAccess() override { return access; }
 
     bool hasTap() const { return bool(callback); }
     // Delivers an event as the system would, if a tap is there and enabled.

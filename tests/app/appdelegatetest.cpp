@@ -196,6 +196,19 @@ TEST_F(Controller, InactiveWarningWinsOverSecureInput)
     EXPECT_EQ(ax.settingsOpened, 1);
 }
 
+TEST_F(Controller, WhereTheSessionShowsNoKeysTheTrayPointsToTheSettings)
+{
+    keyboard.access = KeyboardAccess::none;
+    keyboard.refuseTap = true;
+    hotkey.start();
+    launch();
+    EXPECT_EQ(menu().value(2), words.keysUnavailableMenuRow);
+    EXPECT_FALSE(menu().contains(words.hotkeyInactiveMenuRow));
+    row(words.keysUnavailableMenuRow)->trigger();
+    ASSERT_TRUE(app->settingsWindow());
+    EXPECT_EQ(ax.settingsOpened, 0); // accessibility would not help
+}
+
 TEST_F(Controller, TrayIconFollowsTheSetting)
 {
     settings.store().setBool(SettingsKey::hideMenuBarIcon, true);

@@ -20,6 +20,7 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QClipboard>
 #include <QComboBox>
 #include <QKeyEvent>
 #include <QLabel>
@@ -267,6 +268,31 @@ TEST_F(Settings, WarningsFollowTheDetectorWhileOpen)
     EXPECT_EQ(announced, QStringList{"hotkeyModeChanged doubleTapCommand 0"});
     EXPECT_FALSE(shows(blocked));
     EXPECT_EQ(activationMethod()->currentIndex(), 0);
+}
+
+TEST_F(Settings, TheHotkeySectionSaysHowKeysReachKestrio)
+{
+    // The toggle command is always there to bind; the rest follows the session.
+    struct Case {
+        KeyboardAccess access;
+        bool unavailable, fromDevices, inactive;
+    };
+    for (const Case& c : {Case{KeyboardAccess::sessionWide, false, false, true},
+                          Case{KeyboardAccess::inputDevices, false, true, true},
+                          Case{KeyboardAccess::none, true, false, false}}) {
+        keyboard.access = c.access;
+        keyboard.refuseTap = true; // no tap: the detector is inactive in every case
+        hotkey.start();
+        open();
+        EXPECT_TRUE(shows(words.toggleCommand)) << int(c.access);
+        EXPECT_EQ(shows(words.keysUnavailableTitle), c.unavailable) << int(c.access);
+        EXPECT_EQ(shows(words.keysFromDevicesNote), c.fromDevices) << int(c.access);
+        // Accessibility is no remedy for keys the session never shows.
+        EXPECT_EQ(shows("Hotkey inactive"), c.inactive) << int(c.access);
+    }
+    QApplication::clipboard()->clear();
+    QTest::mouseClick(control(words.copyCommand), Qt::LeftButton);
+    EXPECT_EQ(QApplication::clipboard()->text(), "kestrio --toggle");
 }
 
 TEST_F(Settings, ThemeIsStoredAndApplied)
