@@ -3,6 +3,7 @@
 #include "menu/accessibilityservice.h"
 #include "menu/pressmenuitem.h"
 #include "platform/linux/atspi/atspiaccessibility.h"
+#include "platform/linux/sway/swaywindows.h"
 #include "search/usagetracker.h"
 #include "update/installmarker.h"
 
@@ -179,6 +180,9 @@ int main(int argc, char** argv)
     const QString command = args.takeFirst();
     if (command == QLatin1String("mark-install"))
         return markInstall(args);
+    // sway's windows arrive a moment after connecting; a command line may wait.
+    if (auto* sway = dynamic_cast<SwayWindows*>(&WindowDirectory::current()))
+        sway->waitForTree(3000);
     AtspiAccessibility ax;
     if (command == QLatin1String("apps"))
         return apps(ax);

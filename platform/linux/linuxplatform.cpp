@@ -32,15 +32,34 @@ SwayWindows* swayWindows()
     return windows;
 }
 
-// A Wayland session whose compositor tells nothing Kestrio can read: the
-// front application is the one it was last told of, by no one.
-class SilentWorkspace final : public Workspace {
+bool watchesFocusOnTheBus()
+{
+    const DisplaySession& session = DisplaySession::current();
+    return session.isWayland() && session.compositor != DisplaySession::Compositor::sway;
+}
+
+AtspiAccessibility& atspi()
+{
+    static AtspiAccessibility* accessibility = new AtspiAccessibility(WindowDirectory::current(), watchesFocusOnTheBus());
+    return *accessibility;
+}
+
+// A compositor that tells other programs nothing about its windows: the
+// toolkits' focus announcements on the accessibility bus tell the front
+// application instead.
+class AtspiFocusWorkspace final : public Workspace {
 public:
-    std::optional<RunningApplication> frontmostApplication() override
+    std::optional<RunningApplication> frontmostApplication() override { return atspi().frontmostApplication(); }
+    void startWatching() override
     {
-        return Accessibility::current().frontmostApplication();
+        if (AtspiFocusWatch* watch = atspi().focusWatch(); watch && !watching_) {
+            watching_ = true;
+            connect(watch, &AtspiFocusWatch::focusChanged, this, &Workspace::applicationActivated);
+        }
     }
-    void startWatching() override {}
+
+private:
+    bool watching_ = false;
 };
 
 class LinuxHotkeyPlatform final : public HotkeyPlatform {
@@ -83,8 +102,7 @@ private:
 
 Accessibility& Accessibility::current()
 {
-    static AtspiAccessibility* accessibility = new AtspiAccessibility;
-    return *accessibility;
+    return atspi();
 }
 
 HotkeyPlatform& HotkeyPlatform::current()
@@ -125,7 +143,7 @@ Workspace& Workspace::current()
             return new X11Workspace;
         if (SwayWindows* sway = swayWindows())
             return new SwayWorkspace(*sway);
-        return new SilentWorkspace;
+        return new AtspiFocusWorkspace;
     }();
     return *workspace;
 }

@@ -26,6 +26,7 @@ protected:
         settings.close();
 
         kestrio_.setProcessChannelMode(QProcess::ForwardedChannels);
+        kestrio_.setProcessEnvironment(kestrioEnvironment());
         kestrio_.start(kestrioProgram());
         ASSERT_TRUE(kestrio_.waitForStarted());
         kestrioPid_ = QString::number(kestrio_.processId());
@@ -44,6 +45,8 @@ protected:
             kestrio_.kill();
         kestrio_.waitForFinished();
     }
+
+    virtual QProcessEnvironment kestrioEnvironment() const { return QProcessEnvironment::systemEnvironment(); }
 
     bool panelHasTheFocus()
     {
@@ -122,6 +125,59 @@ TEST_F(Wayland, TheToggleClosesAnOpenPanel)
     EXPECT_TRUE(eventually([&] { return !panelIsOpen(); }));
     EXPECT_TRUE(eventually([&] { return sway::focused().pid == mousepadPid_; }));
     EXPECT_EQ(kestrio_.state(), QProcess::Running); // the second launch only passed the request on
+}
+
+// A compositor that tells other programs nothing of its windows, as GNOME's
+// and KDE's do not: sway's interface is hidden from Kestrio, which then goes
+// by the focus announcements on the accessibility bus.
+class WaylandWithoutWindowInterface : public Wayland {
+protected:
+    QProcessEnvironment kestrioEnvironment() const override
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.remove("SWAYSOCK");
+        environment.insert("XDG_CURRENT_DESKTOP", "GNOME");
+        return environment;
+    }
+};
+
+TEST_F(WaylandWithoutWindowInterface, TheAppTheUserSwitchedToIsTheTarget)
+{
+    ASSERT_EQ(apps_.start(TWO_WINDOWS_PATH, {}, "kestrio-two-windows", "→"), "kestrio-two-windows");
+    const QString twoWindowsPid = pidOf("kestrio-two-windows");
+
+    // Opens the panel, runs `search`'s first result, and tells whether that
+    // did what `happened` looks for. Kestrio hears of a focus change a moment
+    // after the compositor made it: a panel opened before that shows the
+    // previous application, and is closed and opened again.
+    auto runFromPanel = [&](const QString& search, const std::function<bool()>& happened) {
+        return eventually([&] {
+            if (run(kestrioProgram(), {"--toggle"}).exitCode != 0 || !eventually([&] { return panelHasTheFocus(); }))
+                return false;
+            sway::type(search);
+            sway::key("Return");
+            if (eventually(happened, 3000))
+                return true;
+            if (panelIsOpen())
+                sway::key("Escape");
+            eventually([&] { return !panelIsOpen(); });
+            return false;
+        });
+    };
+
+    // Switched to as the compositor would on a click or Alt+Tab, no key typed in it.
+    for (int round = 0; round < 2; ++round) {
+        run("swaymsg", {"[app_id=\"mousepad\"] focus"});
+        ASSERT_TRUE(eventually([&] { return sway::focused().pid == mousepadPid_; }));
+        ASSERT_TRUE(runFromPanel("save as", [] { return sway::windowsTitled("Save As") > 0; }));
+        run("swaymsg", {"[title=\"Save As\"] kill"}); // closed as its close button would
+        ASSERT_TRUE(eventually([] { return sway::windowsTitled("Save As") == 0; }));
+
+        run("swaymsg", {"[title=\"Sheet\"] focus"});
+        ASSERT_TRUE(eventually([&] { return sway::focused().pid == twoWindowsPid; }));
+        ASSERT_TRUE(runFromPanel("sum", [&] { return usageCount("kestrio-two-windows", "Cells → Sum") == round + 1; }));
+    }
+    sway::screenshot("wayland-gnome-like");
 }
 
 } // namespace

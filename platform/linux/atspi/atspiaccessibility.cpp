@@ -35,9 +35,11 @@ AttributeRead failure(AccessibilityError error)
 
 } // namespace
 
-AtspiAccessibility::AtspiAccessibility(WindowDirectory& windows)
+AtspiAccessibility::AtspiAccessibility(WindowDirectory& windows, bool watchFocus)
     : windows_(windows), bus_([this] { return windows_.announcedAccessibilityBus(); }), applications_(bus_, pool_)
 {
+    if (watchFocus)
+        focusWatch_ = std::make_unique<AtspiFocusWatch>(bus_);
     // Readings of frozen applications each hold a thread for a time-out; the
     // few jobs here are short, so a handful of threads never queue behind them.
     pool_.setMaxThreadCount(4);
@@ -99,6 +101,8 @@ void AtspiAccessibility::trustAnswered(bool trusted, int busGeneration)
     if (busGeneration != knownBusGeneration_) {
         knownBusGeneration_ = busGeneration;
         watchBusOwner();
+        if (focusWatch_)
+            focusWatch_->listen();
     }
     for (auto& [context, then] : std::exchange(trustWaiters_, {})) {
         if (context)
@@ -307,14 +311,32 @@ std::optional<RunningApplication> AtspiAccessibility::runningApplication(quint64
 
 std::optional<RunningApplication> AtspiAccessibility::runningApplicationOf(qint32 pid)
 {
-    const auto window = windows_.windowOfProcess(pid);
-    return window ? runningApplication(*window) : std::nullopt;
+    if (const auto window = windows_.windowOfProcess(pid))
+        return runningApplication(*window);
+    const auto a11y = applications_.find(pid);
+    if (!a11y) {
+        applications_.refreshSoon();
+        return std::nullopt;
+    }
+    // No window to go by: the name serves as the usage history's key too.
+    RunningApplication app;
+    app.processIdentifier = pid;
+    if (!a11y->name.isEmpty()) {
+        app.localizedName = a11y->name;
+        app.bundleIdentifier = a11y->name;
+    }
+    return app;
 }
 
 std::optional<RunningApplication> AtspiAccessibility::frontmostApplication()
 {
-    const auto window = windows_.activeWindow();
-    return window ? runningApplication(*window) : std::nullopt;
+    if (const auto window = windows_.activeWindow())
+        return runningApplication(*window);
+    if (focusWatch_) {
+        if (const auto pid = focusWatch_->focusedProcess())
+            return runningApplicationOf(*pid);
+    }
+    return std::nullopt;
 }
 
 void AtspiAccessibility::openAccessibilitySettings()

@@ -2,6 +2,7 @@
 
 #include "platform/accessibility.h"
 #include "platform/linux/atspi/atspiapplications.h"
+#include "platform/linux/atspi/atspifocuswatch.h"
 #include "platform/linux/atspi/atspibus.h"
 #include "platform/linux/windowdirectory.h"
 
@@ -28,7 +29,9 @@ public:
     // application is asked again.
     static constexpr double kStateFreshSeconds = 1.0;
 
-    explicit AtspiAccessibility(WindowDirectory& windows = WindowDirectory::current());
+    // With `watchFocus`, the front application comes from the bus's focus
+    // announcements whenever the window directory knows no active window.
+    explicit AtspiAccessibility(WindowDirectory& windows = WindowDirectory::current(), bool watchFocus = false);
     ~AtspiAccessibility() override;
 
     AccessibilityElementRef applicationElement(qint32 pid, std::optional<quint64> window = std::nullopt) override;
@@ -47,8 +50,11 @@ public:
 
     // The running application behind a window, named as the usage history keys it.
     std::optional<RunningApplication> runningApplication(quint64 window);
-    // The same, found through the process's first top-level window.
+    // The same, found through the process's first top-level window, else as
+    // the accessibility bus names it.
     std::optional<RunningApplication> runningApplicationOf(qint32 pid);
+    // The focus announcements, where they are watched; else null.
+    AtspiFocusWatch* focusWatch() const { return focusWatch_.get(); }
 
     // The trust check itself; waits on the bus, so it runs on the pool.
     bool checkTrust();
@@ -73,6 +79,7 @@ private:
     int knownBusGeneration_ = 0; // UI thread only, like the two below
     QList<std::pair<QPointer<QObject>, std::function<void()>>> trustWaiters_;
     std::unique_ptr<QDBusServiceWatcher> busWatcher_;
+    std::unique_ptr<AtspiFocusWatch> focusWatch_;
 
     std::mutex peersMutex_;
     QHash<QString, std::optional<QDBusConnection>> peers_; // by application bus name

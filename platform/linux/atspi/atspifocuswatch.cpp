@@ -1,0 +1,89 @@
+#include "platform/linux/atspi/atspifocuswatch.h"
+
+#include <QCoreApplication>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QPointer>
+
+namespace {
+
+const QString kObjectEvents = QStringLiteral("org.a11y.atspi.Event.Object");
+const QString kWindowEvents = QStringLiteral("org.a11y.atspi.Event.Window");
+
+} // namespace
+
+AtspiFocusWatch::AtspiFocusWatch(AtspiBus& bus, QObject* parent) : QObject(parent), bus_(bus) {}
+
+void AtspiFocusWatch::listen()
+{
+    const int generation = bus_.generation();
+    if (generation == listeningTo_ || !bus_.isConnected())
+        return;
+    listeningTo_ = generation;
+    pids_.clear();
+    QDBusConnection connection = bus_.connection();
+    // Toolkits send these only while some client has asked the registry for them.
+    for (const QString& event : {QStringLiteral("object:state-changed:focused"), QStringLiteral("window:activate")}) {
+        QDBusMessage registerEvent = QDBusMessage::createMethodCall(
+            QStringLiteral("org.a11y.atspi.Registry"), QStringLiteral("/org/a11y/atspi/registry"),
+            QStringLiteral("org.a11y.atspi.Registry"), QStringLiteral("RegisterEvent"));
+        registerEvent.setArguments({event, QStringList(), QString()});
+        connection.asyncCall(registerEvent, AtspiBus::kCallTimeoutMs);
+    }
+    connection.connect(QString(), QString(), kObjectEvents, QStringLiteral("StateChanged"), this,
+                       SLOT(stateChanged(QDBusMessage)));
+    connection.connect(QString(), QString(), kWindowEvents, QStringLiteral("Activate"), this,
+                       SLOT(windowActivated(QDBusMessage)));
+}
+
+void AtspiFocusWatch::stateChanged(const QDBusMessage& message)
+{
+    // (kind, detail1, detail2, any data, properties): "focused", 1 when gained.
+    const QList<QVariant> arguments = message.arguments();
+    if (arguments.size() < 2 || arguments[0].toString() != QStringLiteral("focused"))
+        return;
+    announced(message.service(), arguments[1].toInt() == 1);
+}
+
+void AtspiFocusWatch::windowActivated(const QDBusMessage& message)
+{
+    announced(message.service(), true);
+}
+
+void AtspiFocusWatch::announced(const QString& sender, bool focusGained)
+{
+    if (!focusGained || sender.isEmpty())
+        return;
+    if (const auto known = pids_.constFind(sender); known != pids_.cend()) {
+        setFocused(*known);
+        return;
+    }
+    // Who sent it, from the bus daemon, which is never an application that hangs.
+    QDBusMessage ask = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
+                                                      QStringLiteral("/org/freedesktop/DBus"),
+                                                      QStringLiteral("org.freedesktop.DBus"),
+                                                      QStringLiteral("GetConnectionUnixProcessID"));
+    ask.setArguments({sender});
+    auto* watcher = new QDBusPendingCallWatcher(bus_.connection().asyncCall(ask, AtspiBus::kCallTimeoutMs), this);
+    const int generation = listeningTo_;
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, sender, generation] {
+        watcher->deleteLater();
+        const QDBusPendingReply<uint> reply = *watcher;
+        if (reply.isError() || generation != listeningTo_ || reply.value() == 0 || reply.value() > 0x7fffffffu)
+            return;
+        const qint32 pid = qint32(reply.value());
+        if (pids_.size() > 4096) // names of connections long closed
+            pids_.clear();
+        pids_.insert(sender, pid);
+        setFocused(pid);
+    });
+}
+
+void AtspiFocusWatch::setFocused(qint32 pid)
+{
+    // Kestrio's own panel takes the focus too; the target stays the application before it.
+    if (pid == QCoreApplication::applicationPid() || focused_ == pid)
+        return;
+    focused_ = pid;
+    emit focusChanged();
+}

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/linux/atspi/atspibus.h"
+
+#include <QHash>
+#include <QObject>
+
+#include <optional>
+
+// The application the user works in, as the accessibility bus tells it:
+// toolkits announce the widget that takes the keyboard focus and the window
+// that becomes active. For compositors that tell other programs nothing about
+// their windows (GNOME and KDE under Wayland). Every answer comes from signals
+// and asynchronous calls; nothing waits on an application.
+class AtspiFocusWatch : public QObject {
+    Q_OBJECT
+
+public:
+    explicit AtspiFocusWatch(AtspiBus& bus, QObject* parent = nullptr);
+
+    // Listens on the bus's current connection; call again when it changes.
+    void listen();
+    // The process that last took the focus, other than this one.
+    std::optional<qint32> focusedProcess() const { return focused_; }
+
+    // A focus announcement from `sender` (a unique bus name); `focusGained`
+    // tells a gain from a loss, which changes nothing.
+    void announced(const QString& sender, bool focusGained);
+
+signals:
+    void focusChanged();
+
+private slots:
+    void stateChanged(const QDBusMessage& message);
+    void windowActivated(const QDBusMessage& message);
+
+private:
+    void setFocused(qint32 pid);
+
+    AtspiBus& bus_;
+    int listeningTo_ = -1;
+    std::optional<qint32> focused_;
+    QHash<QString, qint32> pids_; // by unique bus name, as the bus daemon answered
+};
