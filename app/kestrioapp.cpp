@@ -14,7 +14,7 @@ KestrioApp::KestrioApp(int& argc, char** argv) : QApplication(argc, argv)
     setQuitOnLastWindowClosed(false);
 }
 
-QString KestrioApp::socketPath() const
+QString KestrioApp::socketPath()
 {
     QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
     if (folder.isEmpty())
@@ -22,17 +22,23 @@ QString KestrioApp::socketPath() const
     return folder + QStringLiteral("/kestrio.socket");
 }
 
-bool KestrioApp::claimSingleInstance(const InstanceRequest& request)
+bool KestrioApp::passToRunningInstance(const InstanceRequest& request)
 {
-    // This launch is not the instance yet: waiting here freezes no window.
+    // This launch is not the instance: waiting here freezes no window.
     QLocalSocket other;
     other.connectToServer(socketPath());
-    if (other.waitForConnected(1000)) {
-        other.write(request.encode());
-        other.waitForBytesWritten(1000);
-        other.disconnectFromServer();
+    if (!other.waitForConnected(1000))
         return false;
-    }
+    other.write(request.encode());
+    other.waitForBytesWritten(1000);
+    other.disconnectFromServer();
+    return true;
+}
+
+bool KestrioApp::claimSingleInstance(const InstanceRequest& request)
+{
+    if (passToRunningInstance(request))
+        return false;
     // Nobody answers: a socket file left behind by a crash is stale.
     QLocalServer::removeServer(socketPath());
     server_ = new QLocalServer(this);

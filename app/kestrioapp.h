@@ -18,13 +18,16 @@ public:
     // True when this is the one instance; false when another one runs and
     // was handed `request`.
     bool claimSingleInstance(const InstanceRequest& request = {});
+    // Hands `request` to the running instance, if there is one; needs only a
+    // QCoreApplication, so that a toggle starts no GUI of its own.
+    static bool passToRunningInstance(const InstanceRequest& request);
 
 signals:
     void reopenRequested();
     void toggleRequested(const QString& activationToken);
 
 private:
-    QString socketPath() const;
+    static QString socketPath();
     void handle(const QByteArray& line);
     QLocalServer* server_ = nullptr;
 };

@@ -21,8 +21,26 @@
 #include <QCommandLineParser>
 #include <QSystemTrayIcon>
 
+namespace {
+
+InstanceRequest toggleRequest()
+{
+    return InstanceRequest{InstanceRequest::Kind::toggle, qEnvironmentVariable("XDG_ACTIVATION_TOKEN")};
+}
+
+} // namespace
+
 int main(int argc, char** argv)
 {
+    // A toggle for the running instance starts no GUI of its own: the panel
+    // shows sooner.
+    if (argc == 2 && qstrcmp(argv[1], "--toggle") == 0) {
+        QCoreApplication client(argc, argv);
+        client.setApplicationName(QStringLiteral("Kestrio")); // the instance's runtime paths
+        client.setOrganizationName(QStringLiteral("Brambleworks"));
+        if (KestrioApp::passToRunningInstance(toggleRequest()))
+            return 0;
+    }
     KestrioApp app(argc, argv);
     app.setApplicationVersion(appVersion());
     QCommandLineParser options;
@@ -37,11 +55,7 @@ int main(int argc, char** argv)
                        "Kestrio cannot watch the keyboard itself, as on Wayland."));
     options.addOption(toggle);
     options.process(app);
-    InstanceRequest request;
-    if (options.isSet(toggle)) {
-        request.kind = InstanceRequest::Kind::toggle;
-        request.activationToken = qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
-    }
+    const InstanceRequest request = options.isSet(toggle) ? toggleRequest() : InstanceRequest{};
     if (!app.claimSingleInstance(request))
         return 0;
 
