@@ -402,7 +402,8 @@ void SettingsView::render()
     // Keys the session never shows need the desktop's shortcut, not accessibility.
     const KeyboardAccess access = hotkey.keyboardAccess();
     inactiveBlock_->setVisible(!hotkey.isActive() && access != KeyboardAccess::none);
-    keysUnavailableBlock_->setVisible(access == KeyboardAccess::none);
+    // The desktop may still watch a custom shortcut for Kestrio (its shortcut portal).
+    keysUnavailableBlock_->setVisible(access == KeyboardAccess::none && !hotkey.isActive());
     keysFromDevicesNote_->setVisible(access == KeyboardAccess::inputDevices);
     activationMethod_->setCurrentIndex(activationMethod_->findData(mode));
     shortcutRow_->setVisible(custom);

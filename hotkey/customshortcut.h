@@ -37,3 +37,8 @@ QString keyboardLayoutCharacter(quint16 keyCode, const KeyboardLayout& layout);
 // The modifiers followed by the key's name, or the layout's character for it.
 QString shortcutText(const CustomShortcut& shortcut, const KeyboardLayout& layout,
                      const KeyWords& words = PlatformWords::current().keys);
+
+// The shortcut as the desktop's shortcut portal writes keys ("CTRL+SHIFT+s",
+// "LOGO+space"): the Linux modifiers the flags stand for, then the key's
+// keysym name. Empty when the key has no name there.
+QString desktopShortcutTrigger(const CustomShortcut& shortcut, const KeyboardLayout& layout);

@@ -3,6 +3,7 @@
 #include "app/settingsstore.h"
 #include "platform/clock.h"
 #include "platform/hotkeyplatform.h"
+#include "platform/keyboardlayout.h"
 
 #include <QPointer>
 #include <QTimer>
@@ -19,13 +20,14 @@ KeyboardAccess HotkeyService::keyboardAccess() const
 }
 
 HotkeyService::HotkeyService(HotkeyPlatform& platform, SettingsStore& settings, const Clock& monotonicClock,
-                             QObject* parent)
+                             QObject* parent, const KeyboardLayout* layout)
     : QObject(parent),
       customShortcut(CustomShortcut::load(settings)),
       platform_(platform),
       settings_(settings),
       clock_(monotonicClock),
-      mode_(loadHotkeyMode(settings))
+      mode_(loadHotkeyMode(settings)),
+      layout_(layout)
 {
 }
 
@@ -77,6 +79,10 @@ void HotkeyService::stop()
         platform_.releaseTap();
         hasTap_ = false;
     }
+    if (hasDesktopShortcut_) {
+        platform_.releaseDesktopShortcut();
+        hasDesktopShortcut_ = false;
+    }
     lastTapTime_.reset();
     keyIsDown_ = false;
 }
@@ -97,9 +103,27 @@ bool HotkeyService::installTap()
             self->handleEvent(event);
     });
     if (!created)
-        return false;
+        return installDesktopShortcut();
     hasTap_ = true;
     platform_.enableTap(true);
+    return true;
+}
+
+bool HotkeyService::installDesktopShortcut()
+{
+    // Where the session shows no keys (Wayland), the desktop may watch the
+    // custom shortcut itself; a double tap it cannot watch.
+    if (mode_ != HotkeyMode::customShortcut || !customShortcut)
+        return false;
+    const QString trigger =
+        desktopShortcutTrigger(*customShortcut, layout_ ? *layout_ : KeyboardLayout::current());
+    QPointer<HotkeyService> self(this);
+    if (trigger.isEmpty() || !platform_.bindDesktopShortcut(trigger, [self] {
+            if (self)
+                self->deliverActivation();
+        }))
+        return false;
+    hasDesktopShortcut_ = true;
     return true;
 }
 

@@ -11,6 +11,7 @@
 
 class Clock;
 class HotkeyPlatform;
+class KeyboardLayout;
 class QTimer;
 class SettingsStore;
 struct KeyEvent;
@@ -28,9 +29,11 @@ public:
 
     static HotkeyService& shared();
 
-    // Reads the mode and the custom shortcut from the settings; installs nothing.
+    // Reads the mode and the custom shortcut from the settings; installs
+    // nothing. `layout` names the shortcut's key for a desktop that watches
+    // it itself; the platform's current layout when none is given.
     HotkeyService(HotkeyPlatform& platform, SettingsStore& settings, const Clock& monotonicClock,
-                  QObject* parent = nullptr);
+                  QObject* parent = nullptr, const KeyboardLayout* layout = nullptr);
     ~HotkeyService() override;
 
     std::function<void()> onActivate;
@@ -65,6 +68,7 @@ signals:
 private:
     void setActive(bool active);
     bool installTap();
+    bool installDesktopShortcut();
     void updatePolling();
     void handleFlagsChanged(quint64 flags);
     void handleKeyDown(quint64 flags, quint16 keyCode);
@@ -77,6 +81,8 @@ private:
     bool isActive_ = false;
     bool isSecureInputActive_ = false;
     bool hasTap_ = false;
+    bool hasDesktopShortcut_ = false;
+    const KeyboardLayout* layout_;
     std::optional<double> lastTapTime_;
     bool keyIsDown_ = false;
     QTimer* pollTimer_ = nullptr;

@@ -40,6 +40,18 @@ public:
     virtual void releaseTap() = 0;
     virtual KeyboardAccess keyboardAccess() { return KeyboardAccess::sessionWide; }
 
+    // Where the desktop itself watches shortcuts for programs: asks it to
+    // call `activated` on the main thread whenever `trigger` ("CTRL+SHIFT+k")
+    // is pressed; the user may confirm or change the keys in the desktop's
+    // own dialog. False when the desktop offers no such watch.
+    virtual bool bindDesktopShortcut(const QString& trigger, std::function<void()> activated)
+    {
+        Q_UNUSED(trigger);
+        Q_UNUSED(activated);
+        return false;
+    }
+    virtual void releaseDesktopShortcut() {}
+
     // The platform's own.
     static HotkeyPlatform& current();
 };

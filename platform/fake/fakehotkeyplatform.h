@@ -32,6 +32,24 @@ public:
 
     KeyboardAccess keyboardAccess() override { return access; }
 
+    // A desktop that watches shortcuts itself, when `desktopWatchesShortcuts`.
+    bool desktopWatchesShortcuts = false;
+    QString desktopTrigger;
+    std::function<void()> desktopActivated;
+    bool bindDesktopShortcut(const QString& trigger, std::function<void()> activated) override
+    {
+        if (!desktopWatchesShortcuts)
+            return false;
+        desktopTrigger = trigger;
+        desktopActivated = std::move(activated);
+        return true;
+    }
+    void releaseDesktopShortcut() override
+    {
+        desktopTrigger.clear();
+        desktopActivated = nullptr;
+    }
+
     bool hasTap() const { return bool(callback); }
     // Delivers an event as the system would, if a tap is there and enabled.
     void send(int type, quint64 flags, quint16 keyCode = 0)

@@ -5,6 +5,7 @@
 #include "platform/linux/dbus/sessionbuscontrol.h"
 #include "platform/linux/displaysession.h"
 #include "platform/linux/evdev/evdevkeyboardtap.h"
+#include "platform/linux/portal/globalshortcutsportal.h"
 #include "platform/linux/sway/swaywindows.h"
 #include "platform/linux/sway/swayworkspace.h"
 #include "platform/linux/tarupdatepackaging.h"
@@ -91,8 +92,37 @@ public:
             return KeyboardAccess::sessionWide;
         return EvdevKeyboardTap::canReadKeyboards() ? KeyboardAccess::inputDevices : KeyboardAccess::none;
     }
+    bool bindDesktopShortcut(const QString& trigger, std::function<void()> activated) override
+    {
+        // Asked once the portal has said whether it is there; until then the
+        // detector's poll asks again.
+        if (!wayland_ || !portal().isAvailable().value_or(false))
+            return false;
+        portal().bind(trigger, QStringLiteral("Open Kestrio's search panel"), std::move(activated));
+        return true;
+    }
+    void releaseDesktopShortcut() override
+    {
+        if (portal_)
+            portal_->release();
+    }
+    // Where the desktop may watch shortcuts, it is asked early: the answer
+    // decides the custom shortcut at start.
+    void prepare()
+    {
+        if (wayland_)
+            portal();
+    }
 
 private:
+    GlobalShortcutsPortal& portal()
+    {
+        if (!portal_)
+            portal_ = std::make_unique<GlobalShortcutsPortal>(QDBusConnection::sessionBus());
+        return *portal_;
+    }
+
+    std::unique_ptr<GlobalShortcutsPortal> portal_;
     const bool wayland_ = DisplaySession::current().isWayland();
     X11KeyboardTap x11_;
     EvdevKeyboardTap devices_;
@@ -107,7 +137,11 @@ Accessibility& Accessibility::current()
 
 HotkeyPlatform& HotkeyPlatform::current()
 {
-    static LinuxHotkeyPlatform* platform = new LinuxHotkeyPlatform;
+    static LinuxHotkeyPlatform* platform = [] {
+        auto* made = new LinuxHotkeyPlatform;
+        made->prepare();
+        return made;
+    }();
     return *platform;
 }
 

@@ -102,4 +102,24 @@ INSTANTIATE_TEST_SUITE_P(Examples, ShortcutText, testing::Values(
     TextCase{126, ModifierFlag::Option, "⌥↑", "Alt+↑"},
     TextCase{40, ModifierFlag::CapsLock, "K", "K"}));
 
+TEST(DesktopShortcutTrigger, WrittenAsTheShortcutPortalReadsKeys)
+{
+    FakeKeyboardLayout layout;
+    layout.characters = {{40, "k"}, {43, ","}, {18, "1"}, {12, "ß"}, {50, "é"}};
+    using namespace ModifierFlag;
+    const std::vector<std::pair<CustomShortcut, QString>> cases{
+        {{40, Command | Shift}, "CTRL+SHIFT+k"},
+        {{49, Control}, "LOGO+space"},        // Super plays Control's part
+        {{122, Option}, "ALT+F1"},
+        {{43, Command}, "CTRL+comma"},         // punctuation by its keysym name
+        {{18, Command | Option | Shift | Control}, "CTRL+ALT+SHIFT+LOGO+1"},
+        {{126, Command | CapsLock}, "CTRL+Up"}, // Caps Lock is no part of a shortcut
+        {{12, Command}, ""},                   // no keysym name the portal would know
+        {{50, Command}, ""},
+        {{77, Command}, ""},                   // types nothing on this layout
+    };
+    for (const auto& [shortcut, trigger] : cases)
+        EXPECT_EQ(desktopShortcutTrigger(shortcut, layout), trigger) << shortcut.keyCode;
+}
+
 } // namespace

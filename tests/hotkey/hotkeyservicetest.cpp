@@ -216,6 +216,32 @@ TEST_F(Detector, CustomModeKeepsPollingForSecureInput)
     EXPECT_FALSE(service->isPolling());
 }
 
+TEST_F(Detector, WhereKeysAreHiddenTheDesktopWatchesTheCustomShortcut)
+{
+    platform.refuseTap = true; // a Wayland session: no keys for Kestrio
+    platform.desktopWatchesShortcuts = true;
+    CustomShortcut{49, Command | Shift}.save(settings.store());
+    create();
+
+    // A double tap is nothing a desktop's shortcut list can hold.
+    EXPECT_FALSE(service->setMode(HotkeyMode::doubleTapCommand));
+    EXPECT_TRUE(platform.desktopTrigger.isEmpty());
+
+    EXPECT_TRUE(service->setMode(HotkeyMode::customShortcut));
+    EXPECT_TRUE(service->isActive());
+    EXPECT_EQ(platform.desktopTrigger, "CTRL+SHIFT+space");
+    platform.desktopActivated();
+    EXPECT_EQ(activations(), 1);
+
+    service->stop();
+    EXPECT_TRUE(platform.desktopTrigger.isEmpty()); // released with the detector
+    EXPECT_FALSE(platform.desktopActivated);
+
+    platform.desktopWatchesShortcuts = false; // a desktop without the watch
+    EXPECT_FALSE(service->setMode(HotkeyMode::customShortcut));
+    EXPECT_FALSE(service->isActive());
+}
+
 TEST_F(Detector, StopDropsTheTapAndThePendingTapButNotTheFlag)
 {
     create();
