@@ -16,6 +16,7 @@
 #include "platform/linux/x11/x11windows.h"
 #include "platform/linux/x11/x11workspace.h"
 #include "platform/linux/xdg/xdgautostartloginitem.h"
+#include "platform/linux/xkb/xkbkeyboardlayout.h"
 #include "platform/loginitem.h"
 #include "platform/updatepackaging.h"
 
@@ -190,7 +191,11 @@ UpdatePackaging& UpdatePackaging::current()
 
 KeyboardLayout& KeyboardLayout::current()
 {
-    static X11KeyboardLayout* layout = new X11KeyboardLayout;
+    // Wayland hands its keymap only to a client's own windows: the XKB
+    // defaults of the session stand in.
+    static KeyboardLayout* layout = DisplaySession::current().isWayland()
+        ? static_cast<KeyboardLayout*>(new XkbKeyboardLayout)
+        : new X11KeyboardLayout;
     return *layout;
 }
 
