@@ -198,6 +198,29 @@ void AppDelegate::toggleFromCommand(const QString& activationToken)
     toggleSearchPanel();
 }
 
+void AppDelegate::toggleOnceTheFrontIsKnown(const QString& activationToken)
+{
+    refreshLastActiveApp();
+    if (lastActiveApp_) {
+        toggleFromCommand(activationToken);
+        return;
+    }
+    // Whichever comes first: word of the front application, or the wait's end.
+    auto* waiting = new QObject(this);
+    auto open = [this, waiting, activationToken] {
+        if (!waiting->parent())
+            return;
+        waiting->setParent(nullptr);
+        waiting->deleteLater();
+        toggleFromCommand(activationToken);
+    };
+    connect(&services_.workspace, &Workspace::applicationActivated, waiting, [this, open] {
+        if (lastActiveApp_)
+            open();
+    });
+    QTimer::singleShot(kFrontWaitMs, waiting, open);
+}
+
 void AppDelegate::refreshLastActiveApp()
 {
     const std::optional<RunningApplication> front = services_.workspace.frontmostApplication();

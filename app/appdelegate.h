@@ -53,6 +53,9 @@ public:
 
     // A tray host started with the session may come up a little after Kestrio.
     static constexpr int kTrayGraceMs = 3000;
+    // How long a toggle that started the program waits to learn which
+    // application is in front before it opens the panel anyway.
+    static constexpr int kFrontWaitMs = 2000;
 
     explicit AppDelegate(Services services, QObject* parent = nullptr);
     ~AppDelegate() override;
@@ -64,6 +67,10 @@ public:
     // `kestrio --toggle` and its D-Bus twin, with the desktop's permission
     // for the panel to take the focus.
     void toggleFromCommand(const QString& activationToken);
+    // The same for the toggle that started the program: the desktop tells
+    // which application is in front a moment after start, so the panel opens
+    // once it has (or after kFrontWaitMs).
+    void toggleOnceTheFrontIsKnown(const QString& activationToken);
 
     // Status-menu actions.
     void toggleSearchPanel();

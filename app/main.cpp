@@ -99,7 +99,7 @@ int main(int argc, char** argv)
         // Started by the toggle itself: open once it is known whether the
         // menus may be read, rather than show the welcome by mistake.
         Accessibility::current().afterTrustIsKnown(&delegate, [&delegate, token = request.activationToken] {
-            delegate.toggleFromCommand(token);
+            delegate.toggleOnceTheFrontIsKnown(token);
         });
     }
     return app.exec();

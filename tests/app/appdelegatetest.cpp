@@ -209,6 +209,36 @@ TEST_F(Controller, WhereTheSessionShowsNoKeysTheTrayPointsToTheSettings)
     EXPECT_EQ(ax.settingsOpened, 0); // accessibility would not help
 }
 
+TEST_F(Controller, TheToggleThatStartedTheProgramWaitsToLearnTheFrontApplication)
+{
+    settings.store().setBool(SettingsKey::hasLaunchedBefore, true);
+    workspace.frontmost = std::nullopt; // the desktop has not told yet
+    launch();
+    app->toggleOnceTheFrontIsKnown(QStringLiteral("token-1"));
+    EXPECT_FALSE(app->searchPanelController());
+
+    workspace.activate(kMousepad);
+    ASSERT_TRUE(app->searchPanelController());
+    EXPECT_EQ(app->searchPanelController()->targetApp(), kMousepad);
+    EXPECT_EQ(windows.activationTokens, QStringList{"token-1"});
+    app->searchPanelController()->dismiss();
+
+    // Once: later activations open nothing, nor does the wait's end.
+    workspace.activate(RunningApplication{77, "featherpad", "featherpad"});
+    QTest::qWait(AppDelegate::kFrontWaitMs + 200);
+    EXPECT_FALSE(app->searchPanelController()->panel());
+}
+
+TEST_F(Controller, TheToggleThatStartedTheProgramOpensAnywayWhenNoOneTells)
+{
+    settings.store().setBool(SettingsKey::hasLaunchedBefore, true);
+    workspace.frontmost = std::nullopt;
+    launch();
+    app->toggleOnceTheFrontIsKnown({});
+    EXPECT_TRUE(eventually([&] { return app->searchPanelController() && app->searchPanelController()->panel(); }));
+    EXPECT_EQ(app->searchPanelController()->targetApp(), std::nullopt);
+}
+
 TEST_F(Controller, TrayIconFollowsTheSetting)
 {
     settings.store().setBool(SettingsKey::hideMenuBarIcon, true);

@@ -127,6 +127,38 @@ TEST_F(Wayland, TheToggleClosesAnOpenPanel)
     EXPECT_EQ(kestrio_.state(), QProcess::Running); // the second launch only passed the request on
 }
 
+TEST(WaylandToggle, TheToggleStartsKestrioWhenItIsNotRunning)
+{
+    Applications apps;
+    ASSERT_EQ(apps.start("mousepad", {}, "mousepad", "File → Save As"), "mousepad");
+    const QString mousepadPid = pidOf("mousepad");
+    ASSERT_TRUE(eventually([&] { return sway::focused().pid == mousepadPid; }));
+    QDir().mkpath(qEnvironmentVariable("XDG_CONFIG_HOME") + "/kestrio");
+    QFile settings(qEnvironmentVariable("XDG_CONFIG_HOME") + "/kestrio/settings.json");
+    ASSERT_TRUE(settings.open(QIODevice::WriteOnly));
+    settings.write(R"({"hasLaunchedBefore": true, "noTrayNoticeShown": true})");
+    settings.close();
+
+    // The shortcut pressed before Kestrio was started: this launch becomes it.
+    QProcess kestrio;
+    kestrio.setProcessChannelMode(QProcess::ForwardedChannels);
+    kestrio.start(kestrioProgram(), {"--toggle"});
+    ASSERT_TRUE(kestrio.waitForStarted());
+    const QString kestrioPid = QString::number(kestrio.processId());
+    ASSERT_TRUE(eventually([&] {
+        const sway::Window window = sway::focused();
+        return window.pid == kestrioPid && window.title == "Kestrio";
+    }));
+    sway::type("save as");
+    ASSERT_TRUE(eventually([&] {
+        sway::key("Return");
+        return eventually([] { return sway::windowsTitled("Save As") > 0; }, 2000);
+    }));
+    EXPECT_EQ(kestrio.state(), QProcess::Running); // it stays, as the instance
+    kestrio.terminate();
+    kestrio.waitForFinished();
+}
+
 // A compositor that tells other programs nothing of its windows, as GNOME's
 // and KDE's do not: sway's interface is hidden from Kestrio, which then goes
 // by the focus announcements on the accessibility bus.
