@@ -20,6 +20,8 @@ const QString kAction = QStringLiteral("org.a11y.atspi.Action");
 constexpr int kMaxDepth = 16;
 constexpr int kMaxNodes = 50000;
 constexpr int kMaxContainerDepth = 8;
+// Toggle buttons looked into for a popover of commands.
+constexpr int kMaxMenuButtons = 8;
 
 enum Want { wantChildren = 1, wantInfo = 2, wantKeyBinding = 4 };
 enum Call { callChildren, callRole, callState, callName, callKeyBinding };
@@ -87,6 +89,7 @@ AccessibilityElementRef AtspiMenuReader::readMenuBar(const AtspiRef& application
                                                      const QString& windowTitle)
 {
     nodes_.clear();
+    toggleButtons_.clear();
     complete_ = true;
     windowTitle_ = windowTitle;
     if (!bus_.ensureConnected() || application.isNull())
@@ -99,8 +102,19 @@ AccessibilityElementRef AtspiMenuReader::readMenuBar(const AtspiRef& application
     if (!fetchFromCache(application) && !complete_)
         return nullptr;
     const std::optional<AtspiRef> menuBar = findMenuBar(application);
-    if (!menuBar)
-        return nullptr;
+    if (!menuBar) {
+        // A closed popover's buttons are not on screen, yet they are its commands.
+        honourVisible_ = false;
+        auto button = findMenuButtonInCache(nodes_.value(application).children);
+        if (!button)
+            button = pickMenuButton();
+        if (!button)
+            return nullptr;
+        if (!prefetchFromCache(*button) || !fetchSubtree(*button))
+            complete_ = false;
+        readAt_ = Clock::monotonic().seconds();
+        return makeButtonMenu(*button, pid);
+    }
     if (!prefetchFromCache(*menuBar) || !fetchSubtree(*menuBar))
         complete_ = false;
     readAt_ = Clock::monotonic().seconds();
@@ -289,6 +303,9 @@ std::optional<AtspiRef> AtspiMenuReader::findMenuBar(const AtspiRef& application
                 if (role == AtspiRole::menuBar) {
                     if (!best || position < best->first)
                         best = std::pair{position, ref};
+                } else if (role == AtspiRole::toggleButton) {
+                    if (toggleButtons_.size() < kMaxMenuButtons)
+                        toggleButtons_.append(ref);
                 } else if (isContainerRole(role)) {
                     level.append({ref, position});
                 }
@@ -346,6 +363,129 @@ std::optional<AtspiRef> AtspiMenuReader::findMenuBarInCache(const QList<AtspiRef
             return std::nullopt;
     }
     return std::nullopt;
+}
+
+namespace {
+
+bool isCommandButtonRole(uint role)
+{
+    return role == AtspiRole::pushButton || role == AtspiRole::checkBox || role == AtspiRole::radioButton;
+}
+
+} // namespace
+
+std::optional<AtspiRef> AtspiMenuReader::findMenuButtonInCache(const QList<AtspiRef>& windows) const
+{
+    // Of the window's toggle buttons, the one with the most command buttons
+    // below it: the main menu, whatever the language calls it.
+    for (const AtspiRef& window : windowsInOrder(windows)) {
+        QHash<AtspiRef, int> commands;
+        for (auto it = nodes_.begin(); it != nodes_.end(); ++it) {
+            if (!it->role || !isCommandButtonRole(*it->role) || it->name.trimmed().isEmpty())
+                continue;
+            // The nearest toggle button above it, within the window.
+            AtspiRef at = it->parent;
+            for (int depth = 0; depth < kMaxDepth && !at.isNull() && at != window; ++depth) {
+                const Node& above = nodes_.value(at);
+                if (above.role == AtspiRole::toggleButton) {
+                    if (descendsFrom(at, window))
+                        ++commands[at];
+                    break;
+                }
+                at = above.parent;
+            }
+        }
+        std::optional<AtspiRef> best;
+        for (auto it = commands.begin(); it != commands.end(); ++it) {
+            if (!best || it.value() > commands.value(*best) || (it.value() == commands.value(*best) && it.key().path < best->path))
+                best = it.key();
+        }
+        if (best)
+            return best;
+    }
+    return std::nullopt;
+}
+
+int AtspiMenuReader::commandButtonsBelow(const AtspiRef& ref, int depth) const
+{
+    if (depth > kMaxDepth)
+        return 0;
+    int count = 0;
+    for (const AtspiRef& child : nodes_.value(ref).children) {
+        const Node& node = nodes_.value(child);
+        if (node.role && isCommandButtonRole(*node.role) && !node.name.trimmed().isEmpty())
+            ++count;
+        else
+            count += commandButtonsBelow(child, depth + 1);
+        if (count > kMaxNodes)
+            break;
+    }
+    return count;
+}
+
+std::optional<AtspiRef> AtspiMenuReader::pickMenuButton()
+{
+    std::optional<AtspiRef> best;
+    int most = 0;
+    for (const AtspiRef& button : std::as_const(toggleButtons_)) {
+        if (!fetchSubtree(button)) {
+            complete_ = false;
+            break;
+        }
+        const int commands = commandButtonsBelow(button, 0);
+        if (commands > most) {
+            most = commands;
+            best = button;
+        }
+    }
+    return best;
+}
+
+AccessibilityElementRef AtspiMenuReader::makeButtonMenu(const AtspiRef& button, qint32 pid) const
+{
+    inTree_.clear();
+    claim(button);
+    const Node node = nodes_.value(button);
+    auto bar = element(QStringLiteral("AXMenuBar"), QString(), button, pid, readAt_);
+    bar->complete = complete_;
+    auto menu = element(AXName::roleMenu, QString(), AtspiRef{}, pid, readAt_);
+    collectButtons(node.children, pid, 0, menu->children);
+    QString name = node.name.trimmed();
+    if (name.isEmpty())
+        name = QStringLiteral("Menu");
+    auto entry = element(AXName::roleMenuBarItem, name, button, pid, readAt_);
+    entry->enabled = AtspiState::has(node.states.value_or(0), AtspiState::sensitive);
+    entry->children = {menu};
+    bar->children = {entry};
+    return bar;
+}
+
+void AtspiMenuReader::collectButtons(const QList<AtspiRef>& children, qint32 pid, int depth,
+                                     QList<AccessibilityElementRef>& out) const
+{
+    // The popover's layout (boxes, stacks of submenus) is flattened: its
+    // buttons in order, each a command.
+    if (depth > kMaxDepth)
+        return;
+    for (const AtspiRef& ref : children) {
+        const Node node = nodes_.value(ref);
+        if (!node.role || !claim(ref))
+            continue;
+        if (isCommandButtonRole(*node.role)) {
+            if (node.name.trimmed().isEmpty())
+                continue;
+            auto item = element(AXName::roleMenuItem, node.name.trimmed(), ref, pid, readAt_);
+            item->enabled = AtspiState::has(node.states.value_or(0), AtspiState::sensitive);
+            if (auto key = translateKeyBinding(node.keyBinding, item->title)) {
+                item->modifiers = key->modifiers;
+                item->keyCharacter = key->character;
+                item->virtualKey = key->virtualKey;
+            }
+            out.append(item);
+            continue;
+        }
+        collectButtons(node.children, pid, depth + 1, out);
+    }
 }
 
 bool AtspiMenuReader::prefetchFromCache(const AtspiRef& menuBar)

@@ -54,6 +54,12 @@ public:
     void takeCacheItems(const QList<CacheItem>& items);
     // The window's menu bar as far as the bulk cache tells.
     std::optional<AtspiRef> findMenuBarInCache(const QList<AtspiRef>& windows) const;
+    // Where a window has no menu bar: the menu button whose popover holds its
+    // commands (GTK 3 header bars' "Menu"), as far as the bulk cache tells.
+    std::optional<AtspiRef> findMenuButtonInCache(const QList<AtspiRef>& windows) const;
+    // The element tree for a menu button: one menu named after the button,
+    // holding the buttons, check boxes and radio buttons of its popover.
+    AccessibilityElementRef makeButtonMenu(const AtspiRef& button, qint32 pid) const;
     // The element tree for the fetched menu bar. Every object appears in it at
     // most once, however the application links its objects.
     AccessibilityElementRef makeMenuBar(const AtspiRef& menuBar, qint32 pid) const;
@@ -66,12 +72,17 @@ private:
     QList<AtspiRef> windowsInOrder(const QList<AtspiRef>& windows) const;
     bool prefetchFromCache(const AtspiRef& menuBar);
     bool descendsFrom(const AtspiRef& ref, const AtspiRef& ancestor) const;
+    // Of the toggle buttons the walk met, the one with the most command
+    // buttons below it, once their subtrees are fetched.
+    std::optional<AtspiRef> pickMenuButton();
+    int commandButtonsBelow(const AtspiRef& ref, int depth) const;
     bool fetchSubtree(const AtspiRef& menuBar);
     // One round of calls, all in flight at once, for what is not yet known of
     // `refs`; false when the application stopped answering.
     bool fetch(const QList<AtspiRef>& refs, int want);
 
     QList<AccessibilityElementRef> makeMenuChildren(const QList<AtspiRef>& children, qint32 pid, int depth) const;
+    void collectButtons(const QList<AtspiRef>& children, qint32 pid, int depth, QList<AccessibilityElementRef>& out) const;
     // Claims an object for the tree being made; false when it is already in it.
     bool claim(const AtspiRef& ref) const;
     bool hidden(const Node& node) const;
@@ -80,6 +91,7 @@ private:
     QHash<AtspiRef, Node> nodes_;
     bool honourVisible_ = true;
     QString windowTitle_;
+    QList<AtspiRef> toggleButtons_; // met while looking for a menu bar, in window order
     bool complete_ = true;
     double readAt_ = 0;
     mutable QSet<AtspiRef> inTree_;

@@ -77,7 +77,6 @@ bool EvdevKeyboardTap::create(HotkeyPlatform::Callback callback)
 {
     release();
     callback_ = std::move(callback);
-    created_ = true;
     scanFolder();
     if (devices_.isEmpty()) {
         release();
@@ -91,12 +90,12 @@ bool EvdevKeyboardTap::create(HotkeyPlatform::Callback callback)
 
 void EvdevKeyboardTap::release()
 {
+    // Nothing is announced while letting go: the detector is the one leaving.
+    callback_ = nullptr;
+    enabled_ = false;
     watcher_.reset();
     for (int fd : devices_.keys())
         removeDevice(fd);
-    callback_ = nullptr;
-    enabled_ = false;
-    created_ = false;
     keys_.clear();
 }
 

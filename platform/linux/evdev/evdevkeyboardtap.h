@@ -60,7 +60,6 @@ private:
     QString folder_;
     HotkeyPlatform::Callback callback_;
     bool enabled_ = false;
-    bool created_ = false;
     EvdevKeyState keys_;
     QHash<int, std::shared_ptr<Device>> devices_; // by descriptor
     std::unique_ptr<QFileSystemWatcher> watcher_;

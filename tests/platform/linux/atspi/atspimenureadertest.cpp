@@ -76,4 +76,42 @@ TEST(AtspiMenuReader, ABulkCacheReplyBecomesATreeWithEveryObjectOnce)
     EXPECT_TRUE(second.nodes().isEmpty());
 }
 
+// A header-bar window: no menu bar, its commands in the popover of a menu
+// button, present in the tree while the popover is closed.
+TEST(AtspiMenuReader, TheMenuButtonWithTheMostCommandsStandsInForTheMenuBar)
+{
+    registerCacheItemTypes();
+    using namespace AtspiRole;
+    QList<ItemWithChildren> items{
+        item(1, 0, frame, "Letter", {2}),
+        item(2, 1, panel, "", {3, 10}),
+        item(3, 2, toggleButton, "Menu", {4}),
+        item(4, 3, popupMenu, "", {5, 6, 7, 8, 9, 3}), // and a link back up
+        item(5, 4, pushButton, "New Window"),
+        item(6, 4, pushButton, "Save As…"),
+        item(7, 4, checkBox, "Word Wrap"),
+        item(8, 4, separator, ""),
+        item(9, 4, pushButton, "  "), // an icon without a name is no command
+        item(10, 2, toggleButton, "Documents", {11}),
+        item(11, 10, pushButton, "Close All"),
+    };
+    items[6].states = {1u << AtspiState::visible, 0}; // insensitive: listed, not enabled
+    DBusRoundTrip wire;
+    const std::optional<QVariant> reply = wire.received(QVariant::fromValue(items));
+    ASSERT_TRUE(reply && reply->canConvert<QDBusArgument>());
+    AtspiBus bus;
+    AtspiMenuReader reader(bus);
+    ASSERT_TRUE(reader.takeCacheItems(reply->value<QDBusArgument>()));
+    const QList<AtspiRef> windows{AtspiRef{":1.7", "/o/1"}};
+    EXPECT_FALSE(reader.findMenuBarInCache(windows));
+    const std::optional<AtspiRef> button = reader.findMenuButtonInCache(windows);
+    ASSERT_EQ(button, (AtspiRef{":1.7", "/o/3"}));
+    const AccessibilityElementRef menu = reader.makeButtonMenu(*button, 1);
+    EXPECT_EQ(titles(menu), (QStringList{"/Menu/New Window", "/Menu/Save As…", "/Menu/Word Wrap"}));
+    const auto* entry = dynamic_cast<const AtspiElement*>(dynamic_cast<const AtspiElement*>(menu.get())->children[0].get());
+    const auto* wrap = dynamic_cast<const AtspiElement*>(
+        dynamic_cast<const AtspiElement*>(entry->children[0].get())->children[2].get());
+    EXPECT_FALSE(wrap->enabled);
+}
+
 } // namespace

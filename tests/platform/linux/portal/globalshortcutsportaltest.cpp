@@ -87,6 +87,15 @@ public:
 
 class Portal : public testing::Test {
 protected:
+    void SetUp() override
+    {
+#ifdef __SANITIZE_THREAD__
+        // Replies and signals reach this thread from Qt's D-Bus thread through
+        // Qt's own locks, which ThreadSanitizer cannot see in an uninstrumented Qt.
+        GTEST_SKIP() << "Qt's D-Bus thread hands over what ThreadSanitizer cannot follow";
+#endif
+    }
+
     Portal() : server_(QStringLiteral("unix:tmpdir=") + folder_.path())
     {
         QObject::connect(&server_, &QDBusServer::newConnection, [this](const QDBusConnection& connection) {
