@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QMainWindow>
 #include <QMenuBar>
+#include <QTextEdit>
 
 int main(int argc, char** argv)
 {
@@ -14,6 +15,9 @@ int main(int argc, char** argv)
     letter.menuBar()->addMenu(QStringLiteral("Text"))->addAction(QStringLiteral("Bold"));
     sheet.setWindowTitle(QStringLiteral("Sheet"));
     sheet.menuBar()->addMenu(QStringLiteral("Cells"))->addAction(QStringLiteral("Sum"));
+    // Something to type into, as in any document window: it takes the focus.
+    letter.setCentralWidget(new QTextEdit);
+    sheet.setCentralWidget(new QTextEdit);
     letter.setGeometry(100, 100, 400, 300);
     sheet.setGeometry(600, 100, 400, 300);
     letter.show();
