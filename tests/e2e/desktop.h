@@ -6,6 +6,7 @@
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
@@ -135,10 +136,24 @@ inline int windowsNamed(const QString& name)
     return int(r.out.split(u'\n', Qt::SkipEmptyParts).size());
 }
 
+// Kestrio's settings file in this session.
+inline QString settingsFile()
+{
+    return qEnvironmentVariable("XDG_CONFIG_HOME") + QStringLiteral("/kestrio/settings.json");
+}
+
+// Settings as a user's earlier runs left them, before Kestrio starts.
+inline bool writeSettings(const QByteArray& json)
+{
+    QDir().mkpath(QFileInfo(settingsFile()).absolutePath());
+    QFile file(settingsFile());
+    return file.open(QIODevice::WriteOnly) && file.write(json) == json.size();
+}
+
 // The usage counts Kestrio wrote into this session's settings.
 inline qint64 usageCount(const QString& bundle, const QString& path)
 {
-    QFile file(qEnvironmentVariable("XDG_CONFIG_HOME") + QStringLiteral("/kestrio/settings.json"));
+    QFile file(settingsFile());
     if (!file.open(QIODevice::ReadOnly))
         return 0;
     const QJsonObject usage = QJsonDocument::fromJson(file.readAll()).object().value("menuItemUsage").toObject();
@@ -146,12 +161,16 @@ inline qint64 usageCount(const QString& bundle, const QString& path)
 }
 
 // A screenshot of the whole session in the artifacts folder; its path.
+// Wayland compositors are photographed by grim, X servers by import.
 inline QString screenshot(const QString& name)
 {
     QDir().mkpath(QStringLiteral(ARTIFACTS_DIR));
     const QString path = QStringLiteral(ARTIFACTS_DIR "/%1.png").arg(name);
     QThread::msleep(250); // let the last frame reach the screen
-    run(QStringLiteral("import"), {QStringLiteral("-window"), QStringLiteral("root"), path});
+    if (qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+        run(QStringLiteral("import"), {QStringLiteral("-window"), QStringLiteral("root"), path});
+    else
+        run(QStringLiteral("grim"), {path});
     std::cout << "screenshot: " << path.toStdString() << std::endl;
     return path;
 }

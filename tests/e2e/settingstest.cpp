@@ -14,11 +14,6 @@ public:
     bool ready() { return reports([](const QJsonObject& s) { return s.value("ready").toBool(); }); }
 };
 
-QString settingsFile()
-{
-    return qEnvironmentVariable("XDG_CONFIG_HOME") + QStringLiteral("/kestrio/settings.json");
-}
-
 TEST(SettingsWindow, EachStateOnScreen)
 {
     const char* scenes[] = {"general", "hotkey", "appearance", "updates-available", "updates-downloading", "data",
@@ -66,11 +61,7 @@ TEST(SettingsWindow, TheRecorderTakesRealKeyPresses)
 
 TEST(Kestrio, LaunchedAgainWithoutTrayIconItOpensTheSettings)
 {
-    QDir().mkpath(QFileInfo(settingsFile()).absolutePath());
-    QFile settings(settingsFile());
-    ASSERT_TRUE(settings.open(QIODevice::WriteOnly));
-    settings.write(R"({"hasLaunchedBefore": true, "hideMenuBarIcon": true})");
-    settings.close();
+    ASSERT_TRUE(writeSettings(R"({"hasLaunchedBefore": true, "hideMenuBarIcon": true})"));
 
     QProcess kestrio;
     kestrio.setProcessChannelMode(QProcess::ForwardedChannels);

@@ -63,14 +63,4 @@ inline void key(const QString& name)
     run("wtype", {"-k", name});
 }
 
-inline QString screenshot(const QString& name)
-{
-    QDir().mkpath(QStringLiteral(ARTIFACTS_DIR));
-    const QString path = QStringLiteral(ARTIFACTS_DIR "/%1.png").arg(name);
-    QThread::msleep(250); // let the last frame reach the screen
-    run("grim", {path});
-    std::cout << "screenshot: " << path.toStdString() << std::endl;
-    return path;
-}
-
 } // namespace e2e::sway

@@ -79,18 +79,13 @@ protected:
     UpdateSite maker;
     QTemporaryDir apps; // the user's own folder of programs
     QString installed;
-    QString settingsFile;
     QByteArray settings = R"({"hasLaunchedBefore": true, "hotkeyMode": "doubleTapOption",
         "menuItemUsage": {"org.xfce.mousepad": {"File → Save": 7}}})";
 
     SelfUpdate()
     {
         installed = apps.filePath("Kestrio.app");
-        settingsFile = qEnvironmentVariable("XDG_CONFIG_HOME") + "/kestrio/settings.json";
-        QDir().mkpath(QFileInfo(settingsFile).absolutePath());
-        QFile file(settingsFile);
-        file.open(QIODevice::WriteOnly);
-        file.write(settings);
+        writeSettings(settings);
     }
     ~SelfUpdate() override
     {
@@ -144,7 +139,7 @@ TEST_F(SelfUpdate, ASignedReleaseReplacesTheInstallationAndStarts)
     EXPECT_TRUE(eventually([&] {
         return QDir(qEnvironmentVariable("HOME") + "/.cache/kestrio").isEmpty();
     }));
-    const QJsonObject kept = QJsonDocument::fromJson(readAll(settingsFile)).object();
+    const QJsonObject kept = QJsonDocument::fromJson(readAll(settingsFile())).object();
     const QJsonObject before = QJsonDocument::fromJson(settings).object();
     for (const QString& key : before.keys())
         EXPECT_EQ(kept.value(key), before.value(key)) << key.toStdString();

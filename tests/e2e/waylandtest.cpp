@@ -9,6 +9,9 @@ namespace {
 
 using namespace e2e;
 
+// A user past the welcome and the no-tray notice (sway shows no tray).
+constexpr const char* kSettledIn = R"({"hasLaunchedBefore": true, "noTrayNoticeShown": true})";
+
 class Wayland : public testing::Test {
 protected:
     void SetUp() override
@@ -19,11 +22,7 @@ protected:
         mousepadPid_ = pidOf("mousepad");
         ASSERT_TRUE(eventually([&] { return sway::focused().pid == mousepadPid_; }));
 
-        QDir().mkpath(qEnvironmentVariable("XDG_CONFIG_HOME") + "/kestrio");
-        QFile settings(qEnvironmentVariable("XDG_CONFIG_HOME") + "/kestrio/settings.json");
-        ASSERT_TRUE(settings.open(QIODevice::WriteOnly));
-        settings.write(R"({"hasLaunchedBefore": true, "noTrayNoticeShown": true})");
-        settings.close();
+        ASSERT_TRUE(writeSettings(kSettledIn));
 
         kestrio_.setProcessChannelMode(QProcess::ForwardedChannels);
         kestrio_.setProcessEnvironment(kestrioEnvironment());
@@ -75,14 +74,14 @@ TEST_F(Wayland, TheToggleCommandOpensThePanelOverTheAppAndReturnRunsTheCommand)
     ASSERT_TRUE(eventually([&] { return panelHasTheFocus(); }));
     // Results come from the application that was in front.
     sway::type("save as");
-    sway::screenshot("wayland-panel");
+    screenshot("wayland-panel");
     // Return runs the first result; should the reading still be under way,
     // it finds nothing yet and the panel stays, so it is pressed again.
     ASSERT_TRUE(eventually([&] {
         sway::key("Return");
         return eventually([] { return sway::windowsTitled("Save As") > 0; }, 2000);
     }));
-    sway::screenshot("wayland-mousepad-save-as");
+    screenshot("wayland-mousepad-save-as");
     EXPECT_FALSE(panelIsOpen());
     EXPECT_EQ(sway::focused().pid, mousepadPid_); // the dialog it opened has the keyboard
     // Counted under the application id the compositor knows the window by.
@@ -133,11 +132,7 @@ TEST(WaylandToggle, TheToggleStartsKestrioWhenItIsNotRunning)
     ASSERT_EQ(apps.start("mousepad", {}, "mousepad", "File → Save As"), "mousepad");
     const QString mousepadPid = pidOf("mousepad");
     ASSERT_TRUE(eventually([&] { return sway::focused().pid == mousepadPid; }));
-    QDir().mkpath(qEnvironmentVariable("XDG_CONFIG_HOME") + "/kestrio");
-    QFile settings(qEnvironmentVariable("XDG_CONFIG_HOME") + "/kestrio/settings.json");
-    ASSERT_TRUE(settings.open(QIODevice::WriteOnly));
-    settings.write(R"({"hasLaunchedBefore": true, "noTrayNoticeShown": true})");
-    settings.close();
+    ASSERT_TRUE(writeSettings(kSettledIn));
 
     // The shortcut pressed before Kestrio was started: this launch becomes it.
     QProcess kestrio;
@@ -209,7 +204,7 @@ TEST_F(WaylandWithoutWindowInterface, TheAppTheUserSwitchedToIsTheTarget)
         ASSERT_TRUE(eventually([&] { return sway::focused().pid == twoWindowsPid; }));
         ASSERT_TRUE(runFromPanel("sum", [&] { return usageCount("kestrio-two-windows", "Cells → Sum") == round + 1; }));
     }
-    sway::screenshot("wayland-gnome-like");
+    screenshot("wayland-gnome-like");
 }
 
 } // namespace
