@@ -35,9 +35,7 @@ int main(int argc, char** argv)
     // A toggle for the running instance starts no GUI of its own: the panel
     // shows sooner.
     if (argc == 2 && qstrcmp(argv[1], "--toggle") == 0) {
-        QCoreApplication client(argc, argv);
-        client.setApplicationName(QStringLiteral("Kestrio")); // the instance's runtime paths
-        client.setOrganizationName(QStringLiteral("Brambleworks"));
+        QCoreApplication client(argc, argv); // the socket sits in the user's runtime folder, whatever the program is called
         if (KestrioApp::passToRunningInstance(toggleRequest()))
             return 0;
     }
