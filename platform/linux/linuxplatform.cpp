@@ -7,7 +7,6 @@
 #include "platform/linux/evdev/evdevkeyboardtap.h"
 #include "platform/linux/portal/globalshortcutsportal.h"
 #include "platform/linux/sway/swaywindows.h"
-#include "platform/linux/sway/swayworkspace.h"
 #include "platform/linux/tarupdatepackaging.h"
 #include "platform/linux/wayland/waylanddesktopwindows.h"
 #include "platform/linux/x11/x11desktopwindows.h"
@@ -46,22 +45,23 @@ AtspiAccessibility& atspi()
     return *accessibility;
 }
 
-// A compositor that tells other programs nothing about its windows: the
-// toolkits' focus announcements on the accessibility bus tell the front
-// application instead.
-class AtspiFocusWorkspace final : public Workspace {
+// Under Wayland: the front application as the accessibility backend names
+// it (from sway's tree, or from the toolkits' focus announcements where the
+// compositor tells nothing), and word of a change from whichever of the two
+// announces it; `watch` connects that announcement once watching starts.
+class AnnouncedWorkspace final : public Workspace {
 public:
+    explicit AnnouncedWorkspace(std::function<void(Workspace&)> watch) : watch_(std::move(watch)) {}
+
     std::optional<RunningApplication> frontmostApplication() override { return atspi().frontmostApplication(); }
     void startWatching() override
     {
-        if (AtspiFocusWatch* watch = atspi().focusWatch(); watch && !watching_) {
-            watching_ = true;
-            connect(watch, &AtspiFocusWatch::focusChanged, this, &Workspace::applicationActivated);
-        }
+        if (watch_)
+            std::exchange(watch_, nullptr)(*this);
     }
 
 private:
-    bool watching_ = false;
+    std::function<void(Workspace&)> watch_;
 };
 
 class LinuxHotkeyPlatform final : public HotkeyPlatform {
@@ -176,9 +176,15 @@ Workspace& Workspace::current()
     static Workspace* workspace = [] () -> Workspace* {
         if (!DisplaySession::current().isWayland())
             return new X11Workspace;
-        if (SwayWindows* sway = swayWindows())
-            return new SwayWorkspace(*sway);
-        return new AtspiFocusWorkspace;
+        if (SwayWindows* sway = swayWindows()) {
+            return new AnnouncedWorkspace([sway](Workspace& workspace) {
+                QObject::connect(sway, &SwayWindows::focusChanged, &workspace, &Workspace::applicationActivated);
+            });
+        }
+        return new AnnouncedWorkspace([](Workspace& workspace) {
+            if (AtspiFocusWatch* watch = atspi().focusWatch())
+                QObject::connect(watch, &AtspiFocusWatch::focusChanged, &workspace, &Workspace::applicationActivated);
+        });
     }();
     return *workspace;
 }
