@@ -49,4 +49,17 @@ std::optional<int> evdevCode(quint16 virtualKeyCode)
     return std::nullopt;
 }
 
+std::optional<quint16> virtualKeyCodeOfXkbKeycode(quint32 xkbKeycode)
+{
+    if (xkbKeycode < quint32(kXkbKeycodeOffset) || xkbKeycode > 255)
+        return std::nullopt;
+    return virtualKeyCode(int(xkbKeycode) - kXkbKeycodeOffset);
+}
+
+QString printableKeyText(const char* utf8)
+{
+    const QString text = QString::fromUtf8(utf8);
+    return text.isEmpty() || !text[0].isPrint() ? QString() : text;
+}
+
 } // namespace EvdevKeyMap

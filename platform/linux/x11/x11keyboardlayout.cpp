@@ -22,17 +22,14 @@ QString X11KeyboardLayout::characterForKeyCode(quint16 keyCode) const
         return {};
     XkbStateRec state{};
     XkbGetState(display_, XkbUseCoreKbd, &state);
-    const KeySym keysym = XkbKeycodeToKeysym(display_, KeyCode(*evdev + 8), state.group, 0);
+    const KeySym keysym = XkbKeycodeToKeysym(display_, KeyCode(*evdev + EvdevKeyMap::kXkbKeycodeOffset), state.group, 0);
     char utf8[16] = {};
     if (keysym == NoSymbol || xkb_keysym_to_utf8(xkb_keysym_t(keysym), utf8, sizeof utf8) <= 1)
         return {};
-    const QString text = QString::fromUtf8(utf8);
-    return text.isEmpty() || !text[0].isPrint() ? QString() : text;
+    return EvdevKeyMap::printableKeyText(utf8);
 }
 
 std::optional<quint16> X11KeyboardLayout::keyCodeForScanCode(quint32 nativeScanCode) const
 {
-    if (nativeScanCode < 8 || nativeScanCode > 255)
-        return std::nullopt;
-    return EvdevKeyMap::virtualKeyCode(int(nativeScanCode) - 8);
+    return EvdevKeyMap::virtualKeyCodeOfXkbKeycode(nativeScanCode);
 }

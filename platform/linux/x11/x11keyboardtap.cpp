@@ -1,5 +1,7 @@
 #include "platform/linux/x11/x11keyboardtap.h"
 
+#include "platform/linux/evdev/evdevkeymap.h"
+
 #include <QSocketNotifier>
 
 #include <X11/Xlib.h>
@@ -66,7 +68,7 @@ void X11KeyboardTap::readEvents()
             continue;
         if (cookie->evtype == XI_RawKeyPress || cookie->evtype == XI_RawKeyRelease) {
             const auto* raw = static_cast<const XIRawEvent*>(cookie->data);
-            const std::optional<KeyEvent> key = translate(raw->detail - 8, cookie->evtype == XI_RawKeyPress);
+            const std::optional<KeyEvent> key = translate(raw->detail - EvdevKeyMap::kXkbKeycodeOffset, cookie->evtype == XI_RawKeyPress);
             if (key && enabled_ && callback_)
                 callback_(*key);
         }

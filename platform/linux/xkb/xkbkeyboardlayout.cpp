@@ -35,15 +35,12 @@ QString XkbKeyboardLayout::characterForKeyCode(quint16 keyCode) const
     if (!state_ || !evdev)
         return {};
     char utf8[16] = {};
-    if (xkb_state_key_get_utf8(state_, xkb_keycode_t(*evdev + 8), utf8, sizeof utf8) <= 0)
+    if (xkb_state_key_get_utf8(state_, xkb_keycode_t(*evdev + EvdevKeyMap::kXkbKeycodeOffset), utf8, sizeof utf8) <= 0)
         return {};
-    const QString text = QString::fromUtf8(utf8);
-    return text.isEmpty() || !text[0].isPrint() ? QString() : text;
+    return EvdevKeyMap::printableKeyText(utf8);
 }
 
 std::optional<quint16> XkbKeyboardLayout::keyCodeForScanCode(quint32 nativeScanCode) const
 {
-    if (nativeScanCode < 8 || nativeScanCode > 255)
-        return std::nullopt;
-    return EvdevKeyMap::virtualKeyCode(int(nativeScanCode) - 8);
+    return EvdevKeyMap::virtualKeyCodeOfXkbKeycode(nativeScanCode);
 }
