@@ -29,7 +29,7 @@ SwayWindows::~SwayWindows()
 void SwayWindows::connectToSway()
 {
     decoder_ = {};
-    treesPending_ = 0;
+    treeRequested_ = false;
     treeStale_ = false;
     socket_->abort();
     socket_->connectToServer(path_); // answers with connected() or errorOccurred()
@@ -52,11 +52,11 @@ void SwayWindows::send(quint32 type, const QByteArray& payload)
 void SwayWindows::requestTree()
 {
     // One request at a time; what changes meanwhile is asked for once more.
-    if (treesPending_ > 0) {
+    if (treeRequested_) {
         treeStale_ = true;
         return;
     }
-    ++treesPending_;
+    treeRequested_ = true;
     send(SwayIpc::getTree, {});
 }
 
@@ -76,7 +76,7 @@ void SwayWindows::handle(const SwayIpc::Message& message)
 {
     switch (message.type) {
     case SwayIpc::getTree:
-        treesPending_ = std::max(0, treesPending_ - 1);
+        treeRequested_ = false;
         adoptTree(SwayTree::parse(message.payload));
         if (treeStale_) {
             treeStale_ = false;

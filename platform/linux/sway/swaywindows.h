@@ -51,8 +51,8 @@ private:
     QLocalSocket* socket_;
     QTimer reconnect_;
     SwayIpc::Decoder decoder_;
-    // Tree requests in flight; events meanwhile ask for one more afterwards.
-    int treesPending_ = 0;
+    // A tree request is in flight; events meanwhile ask for one more afterwards.
+    bool treeRequested_ = false;
     bool treeStale_ = false;
 
     mutable std::mutex mutex_; // the tree is read from the readers' threads
