@@ -41,6 +41,13 @@ QStringList titles(const AccessibilityElementRef& element, const QString& path =
     return out;
 }
 
+// Feeds `items` to the reader as a bulk-cache reply that came over D-Bus.
+bool feed(AtspiMenuReader& reader, DBusRoundTrip& wire, const QList<ItemWithChildren>& items)
+{
+    const std::optional<QVariant> reply = wire.received(QVariant::fromValue(items));
+    return reply && reply->canConvert<QDBusArgument>() && reader.takeCacheItems(reply->value<QDBusArgument>());
+}
+
 // A bulk-cache reply as GTK sends it, with the links a broken or hostile
 // application could add: an item listed in two menus, a menu that holds
 // itself, an object that is its own parent.
@@ -58,11 +65,9 @@ TEST(AtspiMenuReader, ABulkCacheReplyBecomesATreeWithEveryObjectOnce)
         item(7, 7, menuItem, "Undo"),        // its own parent
     };
     DBusRoundTrip wire;
-    const std::optional<QVariant> reply = wire.received(QVariant::fromValue(items));
-    ASSERT_TRUE(reply && reply->canConvert<QDBusArgument>());
     AtspiBus bus;
     AtspiMenuReader reader(bus);
-    ASSERT_TRUE(reader.takeCacheItems(reply->value<QDBusArgument>()));
+    ASSERT_TRUE(feed(reader, wire, items));
     EXPECT_EQ(reader.nodes().size(), 7);
     const std::optional<AtspiRef> bar = reader.findMenuBarInCache({AtspiRef{":1.7", "/o/1"}});
     ASSERT_EQ(bar, (AtspiRef{":1.7", "/o/2"}));
@@ -97,11 +102,9 @@ TEST(AtspiMenuReader, TheMenuButtonWithTheMostCommandsStandsInForTheMenuBar)
     };
     items[6].states = {1u << AtspiState::visible, 0}; // insensitive: listed, not enabled
     DBusRoundTrip wire;
-    const std::optional<QVariant> reply = wire.received(QVariant::fromValue(items));
-    ASSERT_TRUE(reply && reply->canConvert<QDBusArgument>());
     AtspiBus bus;
     AtspiMenuReader reader(bus);
-    ASSERT_TRUE(reader.takeCacheItems(reply->value<QDBusArgument>()));
+    ASSERT_TRUE(feed(reader, wire, items));
     const QList<AtspiRef> windows{AtspiRef{":1.7", "/o/1"}};
     EXPECT_FALSE(reader.findMenuBarInCache(windows));
     const std::optional<AtspiRef> button = reader.findMenuButtonInCache(windows);
