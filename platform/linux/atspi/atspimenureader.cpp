@@ -22,9 +22,11 @@ constexpr int kMaxNodes = 50000;
 constexpr int kMaxContainerDepth = 8;
 // Toggle buttons looked into for a popover of commands.
 constexpr int kMaxMenuButtons = 8;
+// A window's own panels looked into as popovers.
+constexpr int kMaxPopovers = 16;
 
-enum Want { wantChildren = 1, wantInfo = 2, wantKeyBinding = 4 };
-enum Call { callChildren, callRole, callState, callName, callKeyBinding };
+enum Want { wantChildren = 1, wantInfo = 2, wantKeyBinding = 4, wantParent = 8 };
+enum Call { callChildren, callRole, callState, callName, callKeyBinding, callParent };
 
 bool isItemRole(uint role)
 {
@@ -101,6 +103,7 @@ AccessibilityElementRef AtspiMenuReader::readMenuBar(const AtspiRef& application
     // An application that does not answer its first call is not asked again.
     if (!fetchFromCache(application) && !complete_)
         return nullptr;
+    popovers_.clear();
     const std::optional<AtspiRef> menuBar = findMenuBar(application);
     if (!menuBar) {
         // A closed popover's buttons are not on screen, yet they are its commands.
@@ -110,8 +113,10 @@ AccessibilityElementRef AtspiMenuReader::readMenuBar(const AtspiRef& application
             button = pickMenuButton();
         if (!button)
             return nullptr;
-        if (!prefetchFromCache(*button) || !fetchSubtree(*button))
-            complete_ = false;
+        for (const AtspiRef& holder : commandHolders(*button)) {
+            if (!prefetchFromCache(holder) || !fetchSubtree(holder))
+                complete_ = false;
+        }
         readAt_ = Clock::monotonic().seconds();
         return makeButtonMenu(*button, pid);
     }
@@ -226,6 +231,8 @@ bool AtspiMenuReader::fetch(const QList<AtspiRef>& refs, int want)
             pending.push_back({ref, callState, bus_.call(ref, kAccessible, QStringLiteral("GetState"))});
             pending.push_back({ref, callName, bus_.property(ref, kAccessible, QStringLiteral("Name"))});
         }
+        if ((want & wantParent) && node.parent.isNull())
+            pending.push_back({ref, callParent, bus_.property(ref, kAccessible, QStringLiteral("Parent"))});
         if ((want & wantKeyBinding) && !node.keyBindingRead && (!node.role || isItemRole(*node.role)))
             pending.push_back({ref, callKeyBinding, bus_.call(ref, kAction, QStringLiteral("GetKeyBinding"), {0})});
     }
@@ -257,6 +264,13 @@ bool AtspiMenuReader::fetch(const QList<AtspiRef>& refs, int want)
             if (value)
                 node.keyBinding = value->toString();
             node.keyBindingRead = true;
+            break;
+        case callParent:
+            if (value && value->canConvert<QDBusArgument>()) {
+                const QDBusArgument argument = value->value<QDBusArgument>();
+                if (argument.currentSignature() == QLatin1String("(so)"))
+                    node.parent = readRef(argument);
+            }
             break;
         }
     }
@@ -307,6 +321,9 @@ std::optional<AtspiRef> AtspiMenuReader::findMenuBar(const AtspiRef& application
                     if (toggleButtons_.size() < kMaxMenuButtons)
                         toggleButtons_.append(ref);
                 } else if (isContainerRole(role)) {
+                    // GTK lists a window's popovers among its own children.
+                    if (depth == 0 && role == AtspiRole::panel && popovers_.size() < kMaxPopovers)
+                        popovers_.append(ref);
                     level.append({ref, position});
                 }
             }
@@ -423,16 +440,59 @@ int AtspiMenuReader::commandButtonsBelow(const AtspiRef& ref, int depth) const
     return count;
 }
 
+QList<AtspiRef> AtspiMenuReader::commandHolders(const AtspiRef& button) const
+{
+    // The button itself (a popup held as its child), then the popovers that
+    // name it as their parent without being among its children (GTK 3).
+    QList<AtspiRef> linked;
+    const QList<AtspiRef> children = nodes_.value(button).children;
+    for (auto it = nodes_.begin(); it != nodes_.end(); ++it) {
+        if (it->parent == button && it.key() != button && !children.contains(it.key()))
+            linked.append(it.key());
+    }
+    std::sort(linked.begin(), linked.end(), [](const AtspiRef& a, const AtspiRef& b) {
+        // Object paths end in a number: the one made first comes first.
+        return a.path.size() != b.path.size() ? a.path.size() < b.path.size() : a.path < b.path;
+    });
+    return QList<AtspiRef>{button} + linked.mid(0, kMaxPopovers);
+}
+
 std::optional<AtspiRef> AtspiMenuReader::pickMenuButton()
 {
+    // A popover the walk met among a window's children belongs to the
+    // button it names as its parent.
+    QList<AtspiRef> buttons = toggleButtons_;
+    if (!popovers_.isEmpty()) {
+        if (!fetch(popovers_, wantParent)) {
+            complete_ = false;
+            return std::nullopt;
+        }
+        QList<AtspiRef> parents;
+        for (const AtspiRef& popover : std::as_const(popovers_)) {
+            const AtspiRef parent = nodes_.value(popover).parent;
+            if (!parent.isNull() && !parents.contains(parent))
+                parents.append(parent);
+        }
+        if (!fetch(parents, wantInfo)) {
+            complete_ = false;
+            return std::nullopt;
+        }
+        for (const AtspiRef& parent : std::as_const(parents)) {
+            if (nodes_.value(parent).role == AtspiRole::toggleButton && !buttons.contains(parent))
+                buttons.append(parent);
+        }
+    }
     std::optional<AtspiRef> best;
     int most = 0;
-    for (const AtspiRef& button : std::as_const(toggleButtons_)) {
-        if (!fetchSubtree(button)) {
-            complete_ = false;
-            break;
+    for (const AtspiRef& button : std::as_const(buttons)) {
+        int commands = 0;
+        for (const AtspiRef& holder : commandHolders(button)) {
+            if (!fetchSubtree(holder)) {
+                complete_ = false;
+                return best;
+            }
+            commands += commandButtonsBelow(holder, 0);
         }
-        const int commands = commandButtonsBelow(button, 0);
         if (commands > most) {
             most = commands;
             best = button;
@@ -449,7 +509,9 @@ AccessibilityElementRef AtspiMenuReader::makeButtonMenu(const AtspiRef& button, 
     auto bar = element(QStringLiteral("AXMenuBar"), QString(), button, pid, readAt_);
     bar->complete = complete_;
     auto menu = element(AXName::roleMenu, QString(), AtspiRef{}, pid, readAt_);
-    collectButtons(node.children, pid, 0, menu->children);
+    QList<AtspiRef> holders = commandHolders(button);
+    holders.removeFirst();
+    collectButtons(node.children + holders, pid, 0, menu->children);
     QString name = node.name.trimmed();
     if (name.isEmpty())
         name = QStringLiteral("Menu");

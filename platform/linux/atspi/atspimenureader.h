@@ -24,7 +24,7 @@ public:
     // Raw facts about one object, as fetched.
     struct Node {
         AtspiRef ref;
-        AtspiRef parent; // known from the bulk cache only
+        AtspiRef parent; // known from the bulk cache, else asked for where needed
         std::optional<uint> role;
         QString name;
         std::optional<quint64> states;
@@ -76,6 +76,8 @@ private:
     // buttons below it, once their subtrees are fetched.
     std::optional<AtspiRef> pickMenuButton();
     int commandButtonsBelow(const AtspiRef& ref, int depth) const;
+    // Where a menu button's commands are: below it, and in the popovers linked to it.
+    QList<AtspiRef> commandHolders(const AtspiRef& button) const;
     bool fetchSubtree(const AtspiRef& menuBar);
     // One round of calls, all in flight at once, for what is not yet known of
     // `refs`; false when the application stopped answering.
@@ -92,6 +94,7 @@ private:
     bool honourVisible_ = true;
     QString windowTitle_;
     QList<AtspiRef> toggleButtons_; // met while looking for a menu bar, in window order
+    QList<AtspiRef> popovers_;      // panels among a window's own children, in window order
     bool complete_ = true;
     double readAt_ = 0;
     mutable QSet<AtspiRef> inTree_;
