@@ -13,6 +13,13 @@ struct DesktopWindow {
     QString windowClass;       // X11 WM_CLASS class
     QString title;
     std::optional<QRect> frame; // where it is, in the desktop's coordinates
+    // Where a GTK application exports this window's menus and actions on the
+    // session bus, where the display tells (X11 properties).
+    QString gtkBusName;
+    QString gtkApplicationPath;
+    QString gtkWindowPath;
+    QString gtkMenuBarPath;
+    std::optional<quint64> x11Window; // the X window, which global menus register windows by
 
     friend bool operator==(const DesktopWindow&, const DesktopWindow&) = default;
 };

@@ -4,6 +4,7 @@
 #include "platform/crossthread.h"
 #include "platform/linux/atspi/atspielement.h"
 #include "platform/linux/atspi/atspimenureader.h"
+#include "platform/linux/exported/exportedmenureader.h"
 
 #include <QCoreApplication>
 #include <QDBusMessage>
@@ -169,20 +170,10 @@ AttributeRead AtspiAccessibility::copyAttributeValue(const AccessibilityElementR
         return failure(AccessibilityError::illegalArgument);
 
     if (e->kind == AtspiElement::Kind::application) {
+        if (attribute == AXName::menuBar)
+            return readMenuBar(*e);
         if (e->ref.isNull())
             return failure(AccessibilityError::invalidElement);
-        if (attribute == AXName::menuBar) {
-            // The frame of the window the user was in, by its title.
-            QString title;
-            if (e->window) {
-                if (const auto info = windows_.window(*e->window))
-                    title = info->title;
-            }
-            AtspiMenuReader reader(bus_);
-            if (AccessibilityElementRef bar = reader.readMenuBar(e->ref, e->pid, e->toolkit, title))
-                return value(bar);
-            return failure(AccessibilityError::noValue);
-        }
         if (attribute == AXName::role)
             return value(e->role);
         if (attribute == AXName::title)
@@ -216,6 +207,36 @@ AttributeRead AtspiAccessibility::copyAttributeValue(const AccessibilityElementR
     if (attribute == AXName::menuItemCmdVirtualKey && e->virtualKey)
         return value(*e->virtualKey);
     return failure(AccessibilityError::noValue);
+}
+
+AttributeRead AtspiAccessibility::readMenuBar(const AtspiElement& application)
+{
+    const std::optional<DesktopWindow> window = application.window ? windows_.window(*application.window) : std::nullopt;
+    AtspiMenuReader reader(bus_);
+    AccessibilityElementRef bar;
+    // The window the user was in is found by its title.
+    if (!application.ref.isNull())
+        bar = reader.readMenuBar(application.ref, application.pid, application.toolkit, window ? window->title : QString());
+    if (reader.foundMenuBar())
+        return value(bar);
+
+    // No menu bar in the window: the one the application exports, if any,
+    // with the menu button's commands after it.
+    ExportedMenuReader::Hints hints;
+    if (window) {
+        hints = {window->gtkBusName, window->gtkApplicationPath, window->gtkWindowPath, window->gtkMenuBarPath,
+                 window->x11Window};
+    }
+    if (std::shared_ptr<AtspiElement> exported = ExportedMenuReader().read(application.pid, hints)) {
+        if (const auto* buttonMenu = dynamic_cast<const AtspiElement*>(bar.get())) {
+            exported->children += buttonMenu->children;
+            exported->complete = exported->complete && buttonMenu->complete;
+        }
+        return value(AccessibilityElementRef(exported));
+    }
+    if (bar)
+        return value(bar);
+    return failure(application.ref.isNull() ? AccessibilityError::invalidElement : AccessibilityError::noValue);
 }
 
 QDBusConnection AtspiAccessibility::pressConnection(const AtspiRef& application, bool& peer)
@@ -253,6 +274,8 @@ AccessibilityError AtspiAccessibility::performAction(const AccessibilityElementR
         return AccessibilityError::illegalArgument;
     if (action != AXName::press)
         return AccessibilityError::actionUnsupported;
+    if (e->exported)
+        return ExportedMenuReader().press(*e->exported, kPressReplyMs);
     if (e->ref.isNull())
         return AccessibilityError::actionUnsupported;
 

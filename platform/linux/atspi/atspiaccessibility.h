@@ -4,6 +4,7 @@
 #include "platform/linux/atspi/atspiapplications.h"
 #include "platform/linux/atspi/atspifocuswatch.h"
 #include "platform/linux/atspi/atspibus.h"
+#include "platform/linux/atspi/atspielement.h"
 #include "platform/linux/windowdirectory.h"
 
 #include <QHash>
@@ -60,6 +61,9 @@ public:
     bool checkTrust();
 
 private:
+    // The window's menu bar; where it has none, the one its application
+    // exports on the session bus, and a menu button's commands.
+    AttributeRead readMenuBar(const AtspiElement& application);
     bool isSwitchedOn();
     void checkTrustSoon();
     void openDesktopAccessibilitySettings();

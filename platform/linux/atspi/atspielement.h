@@ -2,13 +2,15 @@
 
 #include "platform/accessibility.h"
 #include "platform/linux/atspi/atspibus.h"
+#include "platform/linux/exported/exportedmenunode.h"
 
 #include <optional>
 
 // An element of another application as Kestrio read it over AT-SPI, already in
 // the shape the menu walk expects (menu bar › entries › menus › items). Menus
 // that a toolkit does not expose as objects of their own are made up here and
-// have no bus object.
+// have no bus object; so do the items of menus read from the session bus,
+// which carry how they are pressed instead.
 class AtspiElement final : public AccessibilityElement {
 public:
     enum class Kind { application, node };
@@ -26,5 +28,6 @@ public:
     std::optional<QString> keyCharacter;
     std::optional<qint64> virtualKey;
     QList<AccessibilityElementRef> children;
+    std::optional<ExportedPress> exported; // items of an exported menu
     double readAt = 0; // monotonic seconds when the state was read
 };

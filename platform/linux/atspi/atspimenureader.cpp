@@ -92,6 +92,7 @@ AccessibilityElementRef AtspiMenuReader::readMenuBar(const AtspiRef& application
 {
     nodes_.clear();
     toggleButtons_.clear();
+    foundMenuBar_ = false;
     complete_ = true;
     windowTitle_ = windowTitle;
     if (!bus_.ensureConnected() || application.isNull())
@@ -120,6 +121,7 @@ AccessibilityElementRef AtspiMenuReader::readMenuBar(const AtspiRef& application
         readAt_ = Clock::monotonic().seconds();
         return makeButtonMenu(*button, pid);
     }
+    foundMenuBar_ = true;
     if (!prefetchFromCache(*menuBar) || !fetchSubtree(*menuBar))
         complete_ = false;
     readAt_ = Clock::monotonic().seconds();

@@ -21,6 +21,9 @@ public:
     AccessibilityElementRef readMenuBar(const AtspiRef& application, qint32 pid, const QString& toolkit,
                                         const QString& windowTitle = {});
 
+    // Whether the last reading found a real menu bar, not a menu button standing in.
+    bool foundMenuBar() const { return foundMenuBar_; }
+
     // Raw facts about one object, as fetched.
     struct Node {
         AtspiRef ref;
@@ -96,6 +99,7 @@ private:
     QList<AtspiRef> toggleButtons_; // met while looking for a menu bar, in window order
     QList<AtspiRef> popovers_;      // panels among a window's own children, in window order
     bool complete_ = true;
+    bool foundMenuBar_ = false;
     double readAt_ = 0;
     mutable QSet<AtspiRef> inTree_;
 };

@@ -98,9 +98,14 @@ std::optional<DesktopWindow> X11Windows::window(quint64 id)
     const Window window = id;
     DesktopWindow info;
     info.id = id;
+    info.x11Window = id;
     if (auto pid = cardinalProperty(window, "_NET_WM_PID", XA_CARDINAL))
         info.pid = qint32(*pid);
     info.applicationId = textProperty(window, "_GTK_APPLICATION_ID");
+    info.gtkBusName = textProperty(window, "_GTK_UNIQUE_BUS_NAME");
+    info.gtkApplicationPath = textProperty(window, "_GTK_APPLICATION_OBJECT_PATH");
+    info.gtkWindowPath = textProperty(window, "_GTK_WINDOW_OBJECT_PATH");
+    info.gtkMenuBarPath = textProperty(window, "_GTK_MENUBAR_OBJECT_PATH");
     if (info.applicationId.isEmpty()) {
         // KDE names the desktop file, possibly as a path.
         const QString desktopFile = textProperty(window, "_KDE_NET_WM_DESKTOP_FILE");

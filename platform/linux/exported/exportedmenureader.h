@@ -1,0 +1,55 @@
+#pragma once
+
+#include "platform/accessibility.h"
+#include "platform/linux/atspi/atspielement.h"
+#include "platform/linux/exported/exportedmenunode.h"
+
+#include <QDBusConnection>
+
+// Menu bars that applications export on the session bus rather than show in
+// their windows: GTK's menu models (org.gtk.Menus, pressed through
+// org.gtk.Actions) and dbusmenu (registered with com.canonical.AppMenu.Registrar
+// where a global menu runs). Every call waits on another application, with a
+// time-out: never on the UI thread.
+class ExportedMenuReader {
+public:
+    // Where the display says a window's exported menus are (GTK's X11
+    // properties); empty where it does not say, and then they are looked for
+    // among the process's names on the bus.
+    struct Hints {
+        QString gtkBusName;
+        QString gtkApplicationPath;
+        QString gtkWindowPath;
+        QString gtkMenuBarPath;
+        std::optional<quint64> x11Window; // what global menus register windows by
+    };
+
+    explicit ExportedMenuReader(QDBusConnection session = QDBusConnection::sessionBus());
+
+    // The exported menu bar as the element tree the menu walk reads, or null.
+    std::shared_ptr<AtspiElement> read(qint32 pid, const Hints& hints);
+
+    // Presses an exported command. Waits briefly for an error: a command that
+    // opens a modal dialog answers only when the dialog closes.
+    AccessibilityError press(const ExportedPress& press, int replyMs);
+
+    // The element tree for exported entries: menus for submenus, items for
+    // commands; a top-level command with no menu of its own is left out.
+    static std::shared_ptr<AtspiElement> makeMenuBar(const QList<ExportedMenuNode>& entries, qint32 pid, bool complete);
+
+    // The object path GTK derives from an application id ("org.gnome.TextEditor"
+    // → "/org/gnome/TextEditor"), or empty for a name that is not one.
+    static QString gtkApplicationPath(const QString& applicationId);
+    // The names of an introspection reply's child nodes.
+    static QStringList childNodes(const QString& introspection);
+
+private:
+    std::optional<QList<ExportedMenuNode>> readGtk(qint32 pid, Hints hints, bool& complete);
+    std::optional<QList<ExportedMenuNode>> readDbusmenu(quint64 window, bool& complete);
+    // Names on the bus owned by the process, well-known ones only.
+    QStringList namesOfProcess(qint32 pid);
+    QDBusMessage call(const QString& service, const QString& path, const QString& interface, const QString& method,
+                      const QVariantList& arguments = {});
+
+    QDBusConnection session_;
+};
