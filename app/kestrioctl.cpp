@@ -104,7 +104,10 @@ int menus(AtspiAccessibility& ax, const QStringList& args)
         return kNotFound;
     }
     AccessibilityService service(ax);
-    const QList<MenuItem> items = service.getMenuItems(target.app);
+    // Submenus that held nothing are named too, so that "filled only when
+    // opened" is told apart from "could not be read".
+    QStringList emptySubmenus;
+    const QList<MenuItem> items = service.getMenuItems(target.app, &emptySubmenus);
     if (args.contains(QStringLiteral("--json"))) {
         QJsonArray array;
         for (const MenuItem& item : items) {
@@ -115,6 +118,8 @@ int menus(AtspiAccessibility& ax, const QStringList& args)
                 {"enabled", item.isEnabled},
             });
         }
+        for (const QString& path : std::as_const(emptySubmenus))
+            array.append(QJsonObject{{"path", path}, {"emptySubmenu", true}});
         out(QString::fromUtf8(QJsonDocument(array).toJson(QJsonDocument::Indented)));
         return 0;
     }
@@ -123,6 +128,8 @@ int menus(AtspiAccessibility& ax, const QStringList& args)
                 .arg(item.pathKey(), item.shortcut.value_or(QString()),
                      item.isEnabled ? QStringLiteral("enabled") : QStringLiteral("disabled")));
     }
+    for (const QString& path : std::as_const(emptySubmenus))
+        out(QStringLiteral("%1 → …\t\tempty until opened\n").arg(path));
     return 0;
 }
 

@@ -58,7 +58,8 @@ std::optional<CachedMenuItems> AccessibilityService::cache() const
     return cache_;
 }
 
-QList<MenuItem> AccessibilityService::getMenuItems(const std::optional<RunningApplication>& target)
+QList<MenuItem> AccessibilityService::getMenuItems(const std::optional<RunningApplication>& target,
+                                                   QStringList* emptySubmenus)
 {
     const std::optional<RunningApplication> app = target ? target : accessibility_.frontmostApplication();
     if (!app)
@@ -70,7 +71,7 @@ QList<MenuItem> AccessibilityService::getMenuItems(const std::optional<RunningAp
 
     {
         std::lock_guard lock(cacheMutex_);
-        if (cache_ && cache_->pid == pid && cache_->window == window && clock_.seconds() - cache_->timestamp < cacheTTL)
+        if (!emptySubmenus && cache_ && cache_->pid == pid && cache_->window == window && clock_.seconds() - cache_->timestamp < cacheTTL)
             return cache_->items;
     }
 
@@ -87,7 +88,7 @@ QList<MenuItem> AccessibilityService::getMenuItems(const std::optional<RunningAp
         const QString title = readText(menus[i], AXName::title).value_or(QString());
         if (title.isEmpty() || i < skipped)
             continue;
-        collectMenuItems(menus[i], {title}, appName, bundleID, result);
+        collectMenuItems(menus[i], {title}, appName, bundleID, result, emptySubmenus);
     }
 
     // A reading the application left half-done is shown, but not kept as its menus.
@@ -101,14 +102,14 @@ QList<MenuItem> AccessibilityService::getMenuItems(const std::optional<RunningAp
 
 void AccessibilityService::collectMenuItems(const AccessibilityElementRef& element, const QStringList& path,
                                             const QString& appName, const std::optional<QString>& bundleID,
-                                            QList<MenuItem>& result)
+                                            QList<MenuItem>& result, QStringList* emptySubmenus)
 {
     for (const AccessibilityElementRef& child : readChildren(element)) {
         const std::optional<QString> role = readText(child, AXName::role);
         if (!role)
             continue;
         if (*role == AXName::roleMenu) {
-            collectMenuItems(child, path, appName, bundleID, result);
+            collectMenuItems(child, path, appName, bundleID, result, emptySubmenus);
             continue;
         }
         if (*role != AXName::roleMenuItem)
@@ -119,10 +120,14 @@ void AccessibilityService::collectMenuItems(const AccessibilityElementRef& eleme
         const bool enabled = readEnabled(child);
         const std::optional<QString> shortcut = readShortcut(child);
         const QStringList itemPath = path + QStringList{*title};
-        if (readChildren(child).isEmpty())
+        if (readChildren(child).isEmpty()) {
             result.append(MenuItem{QUuid::createUuid(), *title, itemPath, shortcut, enabled, appName, bundleID, child});
-        else
-            collectMenuItems(child, itemPath, appName, bundleID, result);
+            continue;
+        }
+        const qsizetype before = result.size();
+        collectMenuItems(child, itemPath, appName, bundleID, result, emptySubmenus);
+        if (emptySubmenus && result.size() == before)
+            emptySubmenus->append(itemPath.join(kMenuPathSeparator));
     }
 }
 

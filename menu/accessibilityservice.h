@@ -44,7 +44,9 @@ public:
     // Every command of the target's (or else the frontmost application's)
     // menus, depth first. Never fails: problems give a shorter or empty list.
     // Blocking; safe to call from several threads at once.
-    QList<MenuItem> getMenuItems(const std::optional<RunningApplication>& target);
+    // With `emptySubmenus`, reads afresh and adds the paths of submenus that
+    // held no command (menus an application fills only when opened).
+    QList<MenuItem> getMenuItems(const std::optional<RunningApplication>& target, QStringList* emptySubmenus = nullptr);
     // The same on the pool: `done` runs on the UI thread with the items,
     // unless `context` is gone by then.
     void readMenuItems(const std::optional<RunningApplication>& target, QObject* context,
@@ -57,7 +59,8 @@ public:
 
     // The walk and its readers.
     void collectMenuItems(const AccessibilityElementRef& element, const QStringList& path, const QString& appName,
-                          const std::optional<QString>& bundleID, QList<MenuItem>& result);
+                          const std::optional<QString>& bundleID, QList<MenuItem>& result,
+                          QStringList* emptySubmenus = nullptr);
     QList<AccessibilityElementRef> readChildren(const AccessibilityElementRef& element);
     bool readEnabled(const AccessibilityElementRef& element);
     std::optional<QString> readShortcut(const AccessibilityElementRef& element);

@@ -129,6 +129,16 @@ TEST_F(AccessibilityServiceTest, OddAttributesFallBackToDefaults)
     }));
 }
 
+// A submenu filled only when opened is not a command; the command line names it.
+TEST_F(AccessibilityServiceTest, EmptySubmenusAreLeftOutAndNamedWhenAsked)
+{
+    addEditor({E::barMenu("File", {E::submenu("Open Recent", {}), E::item("Save"),
+                                   E::submenu("Templates", {E::submenu("Mine", {}), E::separator()})})});
+    QStringList empty;
+    EXPECT_EQ(rows(service.getMenuItems(kEditor, &empty)), (std::vector<Row>{{"File → Save", std::nullopt, true}}));
+    EXPECT_EQ(empty, (QStringList{"File → Open Recent", "File → Templates → Mine", "File → Templates"}));
+}
+
 TEST_F(AccessibilityServiceTest, LeadingMenusSkippedAreTheBackendsCount)
 {
     addEditor({E::barMenu("File", {E::item("Open")})});
