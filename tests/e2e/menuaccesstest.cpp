@@ -46,6 +46,52 @@ TEST_F(MenuAccess, QtMenusWithShortcutsButNoMnemonics)
     EXPECT_TRUE(menus.contains("Options → Encoding → Unicode → UTF-8\t\tenabled"));
 }
 
+// A header-bar application: no menu bar; the commands of its main menu are
+// those of its menu button's popover, named after the button, and press
+// while the popover stays closed.
+TEST_F(MenuAccess, HeaderBarCommandsComeFromTheMenuButton)
+{
+    ASSERT_EQ(apps.start("gedit", {"--standalone"}, "gedit", "Menu → About gedit"), "gedit");
+    const QStringList menus = lines(kestrioctl({"menus", "--name", "gedit"}));
+    EXPECT_TRUE(menus.contains("Menu → Save As…\t\tenabled"));
+    EXPECT_TRUE(menus.contains("Menu → Preferences\t\tenabled"));
+    ASSERT_EQ(windowsNamed("About gedit"), 0);
+    const ProcessResult r = kestrioctl({"press", "--name", "gedit", "Menu → About gedit"});
+    EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();
+    EXPECT_TRUE(eventually([] { return windowsNamed("About gedit") > 0; }));
+}
+
+// A menu bar exported on the session bus and not drawn (as under a global
+// menu): read from the bus with its shortcuts and states, pressed through the
+// application's actions, next to the menu button's commands.
+TEST_F(MenuAccess, AMenuBarExportedOnTheSessionBusIsReadAndPressedThere)
+{
+    ASSERT_EQ(apps.start("/usr/bin/python3", {QStringLiteral(SOURCE_DIR "/tests/e2e/gtknotes.py")}, "gtknotes",
+                         "File → Save As…"),
+              "gtknotes");
+    const QStringList menus = lines(kestrioctl({"menus", "--name", "gtknotes"}));
+    EXPECT_EQ(menus, (QStringList{
+        "File → New Note\tCtrl+N\tenabled",
+        "File → Save As…\tCtrl+Shift+S\tenabled",
+        "File → Quit\tCtrl+Q\tenabled",
+        "Edit → Undo\tCtrl+Z\tdisabled",
+        "Edit → Wrap → Words\t\tenabled",
+        "Edit → Wrap → Characters\t\tenabled",
+        "Help → About Notes\t\tenabled",
+        "Menu → New Window\t\tenabled",
+        "Menu → Preferences\t\tenabled",
+        "File → Open Recent → …\t\tempty until opened",
+    }));
+    for (const auto& [path, ran] : {std::pair{"File → Save As…", "ran: save-as"},
+                                    std::pair{"Edit → Wrap → Characters", "ran: wrap:chars"},
+                                    std::pair{"Menu → Preferences", "ran: preferences"}}) {
+        const ProcessResult r = kestrioctl({"press", "--name", "gtknotes", path});
+        EXPECT_EQ(r.exitCode, 0) << path << r.err.toStdString();
+        EXPECT_TRUE(eventually([ran = QString(ran)] { return windowsNamed(ran) > 0; })) << ran;
+    }
+    EXPECT_EQ(kestrioctl({"press", "--name", "gtknotes", "Edit → Undo"}).exitCode, 2); // disabled
+}
+
 TEST_F(MenuAccess, JsonListsTheSameItems)
 {
     startMousepad();
