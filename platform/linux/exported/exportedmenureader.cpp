@@ -69,6 +69,9 @@ QDBusMessage ExportedMenuReader::call(const QString& service, const QString& pat
 {
     QDBusMessage message = QDBusMessage::createMethodCall(service, path, interface, method);
     message.setArguments(arguments);
+    // Reading must not start anything: an activatable registrar that starts
+    // would move every Qt application's menu bar into a global menu.
+    message.setAutoStartService(false);
     return session_.call(message, QDBus::Block, AtspiBus::kCallTimeoutMs);
 }
 
@@ -147,6 +150,7 @@ QStringList ExportedMenuReader::namesOfProcess(qint32 pid)
                                                           QStringLiteral("org.freedesktop.DBus"),
                                                           QStringLiteral("GetConnectionUnixProcessID"));
         ask.setArguments({name});
+        ask.setAutoStartService(false);
         pending.append({name, session_.asyncCall(ask, AtspiBus::kCallTimeoutMs)});
     }
     QStringList names;
@@ -211,6 +215,7 @@ std::optional<QList<ExportedMenuNode>> ExportedMenuReader::readGtk(qint32 pid, H
         QDBusMessage end = QDBusMessage::createMethodCall(hints.gtkBusName, hints.gtkMenuBarPath, kMenus,
                                                           QStringLiteral("End"));
         end.setArguments({QVariant::fromValue(subscribed)});
+        end.setAutoStartService(false);
         session_.send(end);
     }
 
@@ -270,6 +275,7 @@ AccessibilityError ExportedMenuReader::press(const ExportedPress& press, int rep
         message.setArguments({press.id, QStringLiteral("clicked"), QVariant::fromValue(QDBusVariant(0)),
                               QVariant::fromValue(uint(0))});
     }
+    message.setAutoStartService(false);
     const QDBusMessage reply = session_.call(message, QDBus::Block, replyMs);
     if (AtspiBus::timedOut(reply))
         return AccessibilityError::success; // busy running the command, e.g. a modal dialog
