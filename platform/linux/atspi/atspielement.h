@@ -30,4 +30,25 @@ public:
     QList<AccessibilityElementRef> children;
     std::optional<ExportedPress> exported; // items of an exported menu
     double readAt = 0; // monotonic seconds when the state was read
+
+    // A node of a menu tree being made, as read at `readAt`.
+    static std::shared_ptr<AtspiElement> node(const QString& role, const QString& title, const AtspiRef& ref, qint32 pid,
+                                              double readAt)
+    {
+        auto e = std::make_shared<AtspiElement>();
+        e->role = role;
+        e->title = title;
+        e->ref = ref;
+        e->pid = pid;
+        e->readAt = readAt;
+        return e;
+    }
+
+    // The item's shortcut, in the shape menus report it.
+    void setKey(const MenuKeyEquivalent& key)
+    {
+        modifiers = key.modifiers;
+        keyCharacter = key.character;
+        virtualKey = key.virtualKey;
+    }
 };

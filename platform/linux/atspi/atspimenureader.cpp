@@ -71,18 +71,6 @@ AtspiRef readRef(const QDBusArgument& argument)
     return {bus, path.path()};
 }
 
-std::shared_ptr<AtspiElement> element(const QString& role, const QString& title, const AtspiRef& ref, qint32 pid,
-                                      double readAt)
-{
-    auto e = std::make_shared<AtspiElement>();
-    e->role = role;
-    e->title = title;
-    e->ref = ref;
-    e->pid = pid;
-    e->readAt = readAt;
-    return e;
-}
-
 } // namespace
 
 AtspiMenuReader::AtspiMenuReader(AtspiBus& bus) : bus_(bus) {}
@@ -508,16 +496,16 @@ AccessibilityElementRef AtspiMenuReader::makeButtonMenu(const AtspiRef& button, 
     inTree_.clear();
     claim(button);
     const Node node = nodes_.value(button);
-    auto bar = element(QStringLiteral("AXMenuBar"), QString(), button, pid, readAt_);
+    auto bar = AtspiElement::node(QStringLiteral("AXMenuBar"), QString(), button, pid, readAt_);
     bar->complete = complete_;
-    auto menu = element(AXName::roleMenu, QString(), AtspiRef{}, pid, readAt_);
+    auto menu = AtspiElement::node(AXName::roleMenu, QString(), AtspiRef{}, pid, readAt_);
     QList<AtspiRef> holders = commandHolders(button);
     holders.removeFirst();
     collectButtons(node.children + holders, pid, 0, menu->children);
     QString name = node.name.trimmed();
     if (name.isEmpty())
         name = QStringLiteral("Menu");
-    auto entry = element(AXName::roleMenuBarItem, name, button, pid, readAt_);
+    auto entry = AtspiElement::node(AXName::roleMenuBarItem, name, button, pid, readAt_);
     entry->enabled = AtspiState::has(node.states.value_or(0), AtspiState::sensitive);
     entry->children = {menu};
     bar->children = {entry};
@@ -538,13 +526,10 @@ void AtspiMenuReader::collectButtons(const QList<AtspiRef>& children, qint32 pid
         if (isCommandButtonRole(*node.role)) {
             if (node.name.trimmed().isEmpty())
                 continue;
-            auto item = element(AXName::roleMenuItem, node.name.trimmed(), ref, pid, readAt_);
+            auto item = AtspiElement::node(AXName::roleMenuItem, node.name.trimmed(), ref, pid, readAt_);
             item->enabled = AtspiState::has(node.states.value_or(0), AtspiState::sensitive);
-            if (auto key = translateKeyBinding(node.keyBinding, item->title)) {
-                item->modifiers = key->modifiers;
-                item->keyCharacter = key->character;
-                item->virtualKey = key->virtualKey;
-            }
+            if (auto key = translateKeyBinding(node.keyBinding, item->title))
+                item->setKey(*key);
             out.append(item);
             continue;
         }
@@ -606,7 +591,7 @@ AccessibilityElementRef AtspiMenuReader::makeMenuBar(const AtspiRef& menuBar, qi
 {
     inTree_.clear();
     claim(menuBar);
-    auto bar = element(QStringLiteral("AXMenuBar"), QString(), menuBar, pid, readAt_);
+    auto bar = AtspiElement::node(QStringLiteral("AXMenuBar"), QString(), menuBar, pid, readAt_);
     bar->complete = complete_;
     for (const AtspiRef& ref : nodes_.value(menuBar).children) {
         const Node node = nodes_.value(ref);
@@ -623,9 +608,9 @@ AccessibilityElementRef AtspiMenuReader::makeMenuBar(const AtspiRef& menuBar, qi
         } else {
             continue;
         }
-        auto menu = element(AXName::roleMenu, QString(), AtspiRef{}, pid, readAt_);
+        auto menu = AtspiElement::node(AXName::roleMenu, QString(), AtspiRef{}, pid, readAt_);
         menu->children = makeMenuChildren(items, pid, 0);
-        auto entry = element(AXName::roleMenuBarItem, node.name.trimmed(), ref, pid, readAt_);
+        auto entry = AtspiElement::node(AXName::roleMenuBarItem, node.name.trimmed(), ref, pid, readAt_);
         entry->enabled = AtspiState::has(node.states.value_or(0), AtspiState::sensitive);
         entry->children = {menu};
         bar->children.append(entry);
@@ -644,14 +629,14 @@ QList<AccessibilityElementRef> AtspiMenuReader::makeMenuChildren(const QList<Ats
             continue;
         const uint role = *node.role;
         if (role == AtspiRole::popupMenu) {
-            auto menu = element(AXName::roleMenu, QString(), ref, pid, readAt_);
+            auto menu = AtspiElement::node(AXName::roleMenu, QString(), ref, pid, readAt_);
             menu->children = makeMenuChildren(node.children, pid, depth + 1);
             out.append(menu);
             continue;
         }
         if (role != AtspiRole::menu && !isItemRole(role))
             continue; // separators, tearoffs and anything unexpected
-        auto item = element(AXName::roleMenuItem, node.name.trimmed(), ref, pid, readAt_);
+        auto item = AtspiElement::node(AXName::roleMenuItem, node.name.trimmed(), ref, pid, readAt_);
         item->enabled = AtspiState::has(node.states.value_or(0), AtspiState::sensitive);
 
         // A submenu: GTK's menu role (even while it is empty because it is
@@ -669,13 +654,11 @@ QList<AccessibilityElementRef> AtspiMenuReader::makeMenuChildren(const QList<Ats
             }
         }
         if (isSubmenu) {
-            auto menu = element(AXName::roleMenu, QString(), AtspiRef{}, pid, readAt_);
+            auto menu = AtspiElement::node(AXName::roleMenu, QString(), AtspiRef{}, pid, readAt_);
             menu->children = makeMenuChildren(submenuItems, pid, depth + 1);
             item->children = {menu};
         } else if (auto key = translateKeyBinding(node.keyBinding, item->title)) {
-            item->modifiers = key->modifiers;
-            item->keyCharacter = key->character;
-            item->virtualKey = key->virtualKey;
+            item->setKey(*key);
         }
         out.append(item);
     }

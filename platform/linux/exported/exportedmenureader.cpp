@@ -32,29 +32,27 @@ std::optional<QDBusArgument> argumentOf(const QDBusMessage& reply, int index)
     return reply.arguments().at(index).value<QDBusArgument>();
 }
 
+QList<AccessibilityElementRef> makeItems(const QList<ExportedMenuNode>& nodes, qint32 pid, double readAt);
+
+// The menu a submenu or a menu-bar entry holds; it has no object of its own.
+AccessibilityElementRef makeMenu(const QList<ExportedMenuNode>& nodes, qint32 pid, double readAt)
+{
+    auto menu = AtspiElement::node(AXName::roleMenu, QString(), AtspiRef{}, pid, readAt);
+    menu->children = makeItems(nodes, pid, readAt);
+    return menu;
+}
+
 QList<AccessibilityElementRef> makeItems(const QList<ExportedMenuNode>& nodes, qint32 pid, double readAt)
 {
     QList<AccessibilityElementRef> out;
     for (const ExportedMenuNode& node : nodes) {
-        auto item = std::make_shared<AtspiElement>();
-        item->role = AXName::roleMenuItem;
-        item->title = node.label;
-        item->pid = pid;
-        item->readAt = readAt;
+        auto item = AtspiElement::node(AXName::roleMenuItem, node.label, AtspiRef{}, pid, readAt);
         item->enabled = node.enabled;
         item->exported = node.press;
-        if (node.isSubmenu) {
-            auto menu = std::make_shared<AtspiElement>();
-            menu->role = AXName::roleMenu;
-            menu->pid = pid;
-            menu->readAt = readAt;
-            menu->children = makeItems(node.children, pid, readAt);
-            item->children = {menu};
-        } else if (node.key) {
-            item->modifiers = node.key->modifiers;
-            item->keyCharacter = node.key->character;
-            item->virtualKey = node.key->virtualKey;
-        }
+        if (node.isSubmenu)
+            item->children = {makeMenu(node.children, pid, readAt)};
+        else if (node.key)
+            item->setKey(*node.key);
         out.append(item);
     }
     return out;
@@ -91,26 +89,14 @@ std::shared_ptr<AtspiElement> ExportedMenuReader::read(qint32 pid, const Hints& 
 std::shared_ptr<AtspiElement> ExportedMenuReader::makeMenuBar(const QList<ExportedMenuNode>& entries, qint32 pid, bool complete)
 {
     const double readAt = Clock::monotonic().seconds();
-    auto bar = std::make_shared<AtspiElement>();
-    bar->role = QStringLiteral("AXMenuBar");
-    bar->pid = pid;
-    bar->readAt = readAt;
+    auto bar = AtspiElement::node(QStringLiteral("AXMenuBar"), QString(), AtspiRef{}, pid, readAt);
     bar->complete = complete;
     for (const ExportedMenuNode& node : entries) {
         if (!node.isSubmenu)
             continue;
-        auto entry = std::make_shared<AtspiElement>();
-        entry->role = AXName::roleMenuBarItem;
-        entry->title = node.label;
-        entry->pid = pid;
-        entry->readAt = readAt;
+        auto entry = AtspiElement::node(AXName::roleMenuBarItem, node.label, AtspiRef{}, pid, readAt);
         entry->enabled = node.enabled;
-        auto menu = std::make_shared<AtspiElement>();
-        menu->role = AXName::roleMenu;
-        menu->pid = pid;
-        menu->readAt = readAt;
-        menu->children = makeItems(node.children, pid, readAt);
-        entry->children = {menu};
+        entry->children = {makeMenu(node.children, pid, readAt)};
         bar->children.append(entry);
     }
     return bar->children.isEmpty() ? nullptr : bar;
