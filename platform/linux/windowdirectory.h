@@ -5,6 +5,17 @@
 
 #include <optional>
 
+// Where a GTK application exports a window's menus and actions on the
+// session bus. Empty where the display does not tell (it does on X11).
+struct GtkExports {
+    QString busName;
+    QString applicationPath; // the "app" actions
+    QString windowPath;      // the "win" actions
+    QString menuBarPath;
+
+    friend bool operator==(const GtkExports&, const GtkExports&) = default;
+};
+
 // One top-level window as the desktop describes it.
 struct DesktopWindow {
     quint64 id = 0;            // the desktop's own handle: an X window, a sway container
@@ -13,12 +24,7 @@ struct DesktopWindow {
     QString windowClass;       // X11 WM_CLASS class
     QString title;
     std::optional<QRect> frame; // where it is, in the desktop's coordinates
-    // Where a GTK application exports this window's menus and actions on the
-    // session bus, where the display tells (X11 properties).
-    QString gtkBusName;
-    QString gtkApplicationPath;
-    QString gtkWindowPath;
-    QString gtkMenuBarPath;
+    GtkExports gtkExports;
     std::optional<quint64> x11Window; // the X window, which global menus register windows by
 
     friend bool operator==(const DesktopWindow&, const DesktopWindow&) = default;

@@ -222,12 +222,7 @@ AttributeRead AtspiAccessibility::readMenuBar(const AtspiElement& application)
 
     // No menu bar in the window: the one the application exports, if any,
     // with the menu button's commands after it.
-    ExportedMenuReader::Hints hints;
-    if (window) {
-        hints = {window->gtkBusName, window->gtkApplicationPath, window->gtkWindowPath, window->gtkMenuBarPath,
-                 window->x11Window};
-    }
-    if (std::shared_ptr<AtspiElement> exported = ExportedMenuReader().read(application.pid, hints)) {
+    if (std::shared_ptr<AtspiElement> exported = ExportedMenuReader().read(application.pid, window)) {
         if (const auto* buttonMenu = dynamic_cast<const AtspiElement*>(bar.get())) {
             exported->children += buttonMenu->children;
             exported->complete = exported->complete && buttonMenu->complete;

@@ -73,14 +73,18 @@ QDBusMessage ExportedMenuReader::call(const QString& service, const QString& pat
     return session_.call(message, QDBus::Block, AtspiBus::kCallTimeoutMs);
 }
 
-std::shared_ptr<AtspiElement> ExportedMenuReader::read(qint32 pid, const Hints& hints)
+std::shared_ptr<AtspiElement> ExportedMenuReader::read(qint32 pid, const std::optional<DesktopWindow>& window)
 {
     if (!session_.isConnected())
         return nullptr;
     bool complete = true;
-    std::optional<QList<ExportedMenuNode>> entries = readGtk(pid, hints, complete);
-    if ((!entries || entries->isEmpty()) && hints.x11Window)
-        entries = readDbusmenu(*hints.x11Window, complete);
+    const std::optional<quint64> x11Window = window ? window->x11Window : std::nullopt;
+    // X11 tells of every window GTK exports a menu bar for; elsewhere the
+    // application's names are searched.
+    std::optional<QList<ExportedMenuNode>> entries =
+        readGtk(pid, window ? window->gtkExports : GtkExports{}, !x11Window, complete);
+    if ((!entries || entries->isEmpty()) && x11Window)
+        entries = readDbusmenu(*x11Window, complete);
     if (!entries || entries->isEmpty())
         return nullptr;
     return makeMenuBar(*entries, pid, complete);
@@ -150,12 +154,12 @@ QStringList ExportedMenuReader::namesOfProcess(qint32 pid)
     return names;
 }
 
-std::optional<QList<ExportedMenuNode>> ExportedMenuReader::readGtk(qint32 pid, Hints hints, bool& complete)
+std::optional<QList<ExportedMenuNode>> ExportedMenuReader::readGtk(qint32 pid, GtkExports gtk, bool searchNames,
+                                                                   bool& complete)
 {
-    // Without the display's word (X11 tells of every window GTK exports a
-    // menu bar for), the menu bar is found from the application's names: GTK
-    // exports it below the path of its application id.
-    if (hints.gtkMenuBarPath.isEmpty() && !hints.x11Window) {
+    // Without the display's word, the menu bar is found from the
+    // application's names: GTK exports it below the path of its application id.
+    if (gtk.menuBarPath.isEmpty() && searchNames) {
         for (const QString& name : namesOfProcess(pid)) {
             const QString path = gtkApplicationPath(name);
             if (path.isEmpty())
@@ -164,20 +168,20 @@ std::optional<QList<ExportedMenuNode>> ExportedMenuReader::readGtk(qint32 pid, H
             if (menus.type() != QDBusMessage::ReplyMessage || menus.arguments().isEmpty()
                 || !childNodes(menus.arguments().first().toString()).contains(QStringLiteral("menubar")))
                 continue;
-            hints.gtkBusName = name;
-            hints.gtkApplicationPath = path;
-            hints.gtkMenuBarPath = path + QStringLiteral("/menus/menubar");
+            gtk.busName = name;
+            gtk.applicationPath = path;
+            gtk.menuBarPath = path + QStringLiteral("/menus/menubar");
             // The window's own actions: only where there is no doubt which window.
             const QDBusMessage windows = call(name, path + QStringLiteral("/window"), kIntrospectable,
                                               QStringLiteral("Introspect"));
             const QStringList ids = windows.arguments().isEmpty() ? QStringList()
                                                                    : childNodes(windows.arguments().first().toString());
             if (ids.size() == 1)
-                hints.gtkWindowPath = path + QStringLiteral("/window/") + ids.first();
+                gtk.windowPath = path + QStringLiteral("/window/") + ids.first();
             break;
         }
     }
-    if (hints.gtkMenuBarPath.isEmpty() || hints.gtkBusName.isEmpty())
+    if (gtk.menuBarPath.isEmpty() || gtk.busName.isEmpty())
         return std::nullopt;
 
     GtkMenuModel model;
@@ -185,7 +189,7 @@ std::optional<QList<ExportedMenuNode>> ExportedMenuReader::readGtk(qint32 pid, H
     QList<uint> subscribed;
     for (int round = 0; round < kMaxRounds && !groups.isEmpty(); ++round) {
         QVariantList arguments{QVariant::fromValue(groups)};
-        const QDBusMessage reply = call(hints.gtkBusName, hints.gtkMenuBarPath, kMenus, QStringLiteral("Start"), arguments);
+        const QDBusMessage reply = call(gtk.busName, gtk.menuBarPath, kMenus, QStringLiteral("Start"), arguments);
         if (AtspiBus::timedOut(reply))
             complete = false;
         const auto argument = argumentOf(reply, 0);
@@ -198,7 +202,7 @@ std::optional<QList<ExportedMenuNode>> ExportedMenuReader::readGtk(qint32 pid, H
     }
     if (!subscribed.isEmpty()) {
         // Done with the groups: the application need not tell about changes.
-        QDBusMessage end = QDBusMessage::createMethodCall(hints.gtkBusName, hints.gtkMenuBarPath, kMenus,
+        QDBusMessage end = QDBusMessage::createMethodCall(gtk.busName, gtk.menuBarPath, kMenus,
                                                           QStringLiteral("End"));
         end.setArguments({QVariant::fromValue(subscribed)});
         end.setAutoStartService(false);
@@ -207,12 +211,12 @@ std::optional<QList<ExportedMenuNode>> ExportedMenuReader::readGtk(qint32 pid, H
 
     QHash<QString, GtkMenuModel::ActionState> actions;
     QHash<QString, std::pair<QString, QString>> addresses;
-    const QList<std::pair<QString, QString>> groupsByPrefix{{QStringLiteral("app"), hints.gtkApplicationPath},
-                                                            {QStringLiteral("win"), hints.gtkWindowPath}};
+    const QList<std::pair<QString, QString>> groupsByPrefix{{QStringLiteral("app"), gtk.applicationPath},
+                                                            {QStringLiteral("win"), gtk.windowPath}};
     for (const auto& [prefix, path] : groupsByPrefix) {
         if (path.isEmpty())
             continue;
-        const QDBusMessage reply = call(hints.gtkBusName, path, kActions, QStringLiteral("DescribeAll"));
+        const QDBusMessage reply = call(gtk.busName, path, kActions, QStringLiteral("DescribeAll"));
         const auto argument = argumentOf(reply, 0);
         const auto described = argument ? GtkMenuModel::readDescribeAll(*argument) : std::nullopt;
         if (!described) {
@@ -220,7 +224,7 @@ std::optional<QList<ExportedMenuNode>> ExportedMenuReader::readGtk(qint32 pid, H
                 complete = false;
             continue;
         }
-        addresses.insert(prefix, {hints.gtkBusName, path});
+        addresses.insert(prefix, {gtk.busName, path});
         for (auto it = described->begin(); it != described->end(); ++it)
             actions.insert(prefix + u'.' + it.key(), it.value());
     }

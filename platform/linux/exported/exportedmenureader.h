@@ -3,6 +3,7 @@
 #include "platform/accessibility.h"
 #include "platform/linux/atspi/atspielement.h"
 #include "platform/linux/exported/exportedmenunode.h"
+#include "platform/linux/windowdirectory.h"
 
 #include <QDBusConnection>
 
@@ -13,21 +14,12 @@
 // time-out: never on the UI thread.
 class ExportedMenuReader {
 public:
-    // Where the display says a window's exported menus are (GTK's X11
-    // properties); empty where it does not say, and then they are looked for
-    // among the process's names on the bus.
-    struct Hints {
-        QString gtkBusName;
-        QString gtkApplicationPath;
-        QString gtkWindowPath;
-        QString gtkMenuBarPath;
-        std::optional<quint64> x11Window; // what global menus register windows by
-    };
-
     explicit ExportedMenuReader(QDBusConnection session = QDBusConnection::sessionBus());
 
-    // The exported menu bar as the element tree the menu walk reads, or null.
-    std::shared_ptr<AtspiElement> read(qint32 pid, const Hints& hints);
+    // The exported menu bar of the process's `window` as the element tree the
+    // menu walk reads, or null. Where the display does not tell where GTK
+    // exports it, it is looked for among the process's names on the bus.
+    std::shared_ptr<AtspiElement> read(qint32 pid, const std::optional<DesktopWindow>& window);
 
     // Presses an exported command. Waits briefly for an error: a command that
     // opens a modal dialog answers only when the dialog closes.
@@ -44,7 +36,7 @@ public:
     static QStringList childNodes(const QString& introspection);
 
 private:
-    std::optional<QList<ExportedMenuNode>> readGtk(qint32 pid, Hints hints, bool& complete);
+    std::optional<QList<ExportedMenuNode>> readGtk(qint32 pid, GtkExports gtk, bool searchNames, bool& complete);
     std::optional<QList<ExportedMenuNode>> readDbusmenu(quint64 window, bool& complete);
     // Names on the bus owned by the process, well-known ones only.
     QStringList namesOfProcess(qint32 pid);

@@ -102,10 +102,8 @@ std::optional<DesktopWindow> X11Windows::window(quint64 id)
     if (auto pid = cardinalProperty(window, "_NET_WM_PID", XA_CARDINAL))
         info.pid = qint32(*pid);
     info.applicationId = textProperty(window, "_GTK_APPLICATION_ID");
-    info.gtkBusName = textProperty(window, "_GTK_UNIQUE_BUS_NAME");
-    info.gtkApplicationPath = textProperty(window, "_GTK_APPLICATION_OBJECT_PATH");
-    info.gtkWindowPath = textProperty(window, "_GTK_WINDOW_OBJECT_PATH");
-    info.gtkMenuBarPath = textProperty(window, "_GTK_MENUBAR_OBJECT_PATH");
+    info.gtkExports = {textProperty(window, "_GTK_UNIQUE_BUS_NAME"), textProperty(window, "_GTK_APPLICATION_OBJECT_PATH"),
+                       textProperty(window, "_GTK_WINDOW_OBJECT_PATH"), textProperty(window, "_GTK_MENUBAR_OBJECT_PATH")};
     if (info.applicationId.isEmpty()) {
         // KDE names the desktop file, possibly as a path.
         const QString desktopFile = textProperty(window, "_KDE_NET_WM_DESKTOP_FILE");
