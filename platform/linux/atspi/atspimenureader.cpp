@@ -80,6 +80,7 @@ AccessibilityElementRef AtspiMenuReader::readMenuBar(const AtspiRef& application
 {
     nodes_.clear();
     toggleButtons_.clear();
+    popovers_.clear();
     foundMenuBar_ = false;
     complete_ = true;
     windowTitle_ = windowTitle;
@@ -92,7 +93,6 @@ AccessibilityElementRef AtspiMenuReader::readMenuBar(const AtspiRef& application
     // An application that does not answer its first call is not asked again.
     if (!fetchFromCache(application) && !complete_)
         return nullptr;
-    popovers_.clear();
     const std::optional<AtspiRef> menuBar = findMenuBar(application);
     if (!menuBar) {
         // A closed popover's buttons are not on screen, yet they are its commands.
@@ -499,9 +499,8 @@ AccessibilityElementRef AtspiMenuReader::makeButtonMenu(const AtspiRef& button, 
     auto bar = AtspiElement::node(QStringLiteral("AXMenuBar"), QString(), button, pid, readAt_);
     bar->complete = complete_;
     auto menu = AtspiElement::node(AXName::roleMenu, QString(), AtspiRef{}, pid, readAt_);
-    QList<AtspiRef> holders = commandHolders(button);
-    holders.removeFirst();
-    collectButtons(node.children + holders, pid, 0, menu->children);
+    // The button's own children, then its linked popovers' (the first holder is the button).
+    collectButtons(node.children + commandHolders(button).mid(1), pid, 0, menu->children);
     QString name = node.name.trimmed();
     if (name.isEmpty())
         name = QStringLiteral("Menu");
