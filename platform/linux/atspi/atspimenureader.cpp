@@ -110,6 +110,9 @@ AccessibilityElementRef AtspiMenuReader::readMenuBar(const AtspiRef& application
         return makeButtonMenu(*button, pid);
     }
     foundMenuBar_ = true;
+    // LibreOffice asked by any client while it starts never marks its menu
+    // items visible afterwards; hiding them all would leave nothing to list.
+    settleVisibility(*menuBar);
     if (!prefetchFromCache(*menuBar) || !fetchSubtree(*menuBar))
         complete_ = false;
     readAt_ = Clock::monotonic().seconds();
@@ -569,6 +572,34 @@ bool AtspiMenuReader::fetchSubtree(const AtspiRef& menuBar)
         level = next;
     }
     return true;
+}
+
+void AtspiMenuReader::settleVisibility(const AtspiRef& menuBar)
+{
+    if (!honourVisible_)
+        return;
+    // The bar's menus and the items of each: two rounds that the subtree
+    // fetch would make anyway.
+    if (!fetch({menuBar}, wantChildren | wantInfo))
+        return;
+    const QList<AtspiRef> entries = nodes_.value(menuBar).children;
+    if (!fetch(entries, wantChildren | wantInfo))
+        return;
+    QList<AtspiRef> items;
+    for (const AtspiRef& entry : entries)
+        items += nodes_.value(entry).children;
+    if (!fetch(items, wantInfo))
+        return;
+    bool any = false;
+    for (const AtspiRef& ref : items) {
+        const Node& node = nodes_[ref];
+        if (!node.role || !isItemRole(*node.role) || !node.states)
+            continue;
+        if (AtspiState::has(*node.states, AtspiState::visible))
+            return;
+        any = true;
+    }
+    honourVisible_ = !any;
 }
 
 bool AtspiMenuReader::hidden(const Node& node) const

@@ -67,6 +67,9 @@ public:
     // most once, however the application links its objects.
     AccessibilityElementRef makeMenuBar(const AtspiRef& menuBar, qint32 pid) const;
     QHash<AtspiRef, Node>& nodes() { return nodes_; }
+    // Stops leaving out invisible items when the bar's menus hold items and
+    // not one of them is marked visible: then the mark tells nothing.
+    void settleVisibility(const AtspiRef& menuBar);
 
 private:
     bool fetchFromCache(const AtspiRef& application);

@@ -81,6 +81,46 @@ TEST(AtspiMenuReader, ABulkCacheReplyBecomesATreeWithEveryObjectOnce)
     EXPECT_TRUE(second.nodes().isEmpty());
 }
 
+// An item not marked visible is one the application hides, unless no item of
+// the bar is marked (LibreOffice asked by any client while it started).
+TEST(AtspiMenuReader, InvisibleItemsAreLeftOutOnlyWhereSomeItemIsVisible)
+{
+    registerCacheItemTypes();
+    using namespace AtspiRole;
+    const uint shown = (1u << AtspiState::sensitive) | (1u << AtspiState::visible);
+    const uint unmarked = 1u << AtspiState::sensitive;
+    struct Case {
+        uint open, checkOut, undo;
+        QStringList listed;
+    };
+    const Case cases[]{
+        {shown, unmarked, shown, {"/File/Open", "/Edit/Undo"}},
+        {unmarked, unmarked, unmarked, {"/File/Open", "/File/Check Out", "/Edit/Undo"}},
+        {unmarked, unmarked, shown, {"/File", "/Edit/Undo"}}, // File left empty
+    };
+    for (const Case& c : cases) {
+        QList<ItemWithChildren> items{
+            item(1, 0, frame, "Letter", {2}),
+            item(2, 1, menuBar, "", {3, 4}),
+            item(3, 2, menu, "File", {5, 6}),
+            item(4, 2, menu, "Edit", {7}),
+            item(5, 3, menuItem, "Open"),
+            item(6, 3, menuItem, "Check Out"),
+            item(7, 4, menuItem, "Undo"),
+        };
+        items[4].states = {c.open, 0};
+        items[5].states = {c.checkOut, 0};
+        items[6].states = {c.undo, 0};
+        DBusRoundTrip wire;
+        AtspiBus bus;
+        AtspiMenuReader reader(bus);
+        ASSERT_TRUE(feed(reader, wire, items));
+        const AtspiRef bar{":1.7", "/o/2"};
+        reader.settleVisibility(bar);
+        EXPECT_EQ(titles(reader.makeMenuBar(bar, 1)), c.listed);
+    }
+}
+
 // A header-bar window as GTK 3 shows it: no menu bar; the popover of the menu
 // button is among the window's own children, names the button as its parent,
 // and holds its commands while it is closed.
