@@ -22,8 +22,8 @@ struct AtspiRef {
 size_t qHash(const AtspiRef& ref, size_t seed = 0);
 
 namespace AtspiRole {
-inline constexpr uint checkBox = 7, checkMenuItem = 8, dialog = 16, filler = 20, frame = 23, glassPane = 24, internalFrame = 28,
-                      layeredPane = 30, menu = 33, menuBar = 34, menuItem = 35, optionPane = 36, panel = 39,
+inline constexpr uint acceleratorLabel = 1, checkBox = 7, checkMenuItem = 8, dialog = 16, filler = 20, frame = 23, glassPane = 24, internalFrame = 28,
+                      label = 29, layeredPane = 30, menu = 33, menuBar = 34, menuItem = 35, optionPane = 36, panel = 39,
                       popupMenu = 41, pushButton = 43, radioButton = 44, radioMenuItem = 45, rootPane = 46, scrollPane = 49, separator = 50,
                       splitPane = 53, tearoffMenuItem = 59, toggleButton = 62, viewport = 68, window = 69, application = 75;
 } // namespace AtspiRole

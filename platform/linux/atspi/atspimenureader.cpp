@@ -526,11 +526,18 @@ void AtspiMenuReader::collectButtons(const QList<AtspiRef>& children, qint32 pid
         if (!node.role || !claim(ref))
             continue;
         if (isCommandButtonRole(*node.role)) {
-            if (node.name.trimmed().isEmpty())
+            const NameAndShortcut named = splitDrawnShortcut(node.name);
+            if (named.name.isEmpty())
                 continue;
-            auto item = AtspiElement::node(AXName::roleMenuItem, node.name.trimmed(), ref, pid, readAt_);
+            auto item = AtspiElement::node(AXName::roleMenuItem, named.name, ref, pid, readAt_);
             item->enabled = AtspiState::has(node.states.value_or(0), AtspiState::sensitive);
-            if (auto key = translateKeyBinding(node.keyBinding, item->title))
+            // A button reports its mnemonic ("<Alt>s") where an item reports its shortcut.
+            std::optional<MenuKeyEquivalent> key = translateKeyBinding(node.keyBinding, item->title);
+            if (key && isMnemonicOf(*key, item->title))
+                key.reset();
+            if (!key)
+                key = named.key ? named.key : drawnShortcut(node);
+            if (key)
                 item->setKey(*key);
             out.append(item);
             continue;
@@ -602,6 +609,19 @@ void AtspiMenuReader::settleVisibility(const AtspiRef& menuBar)
     honourVisible_ = !any;
 }
 
+std::optional<MenuKeyEquivalent> AtspiMenuReader::drawnShortcut(const Node& item) const
+{
+    // Where the item shows its shortcut in a label of its own.
+    for (const AtspiRef& ref : item.children) {
+        const Node& child = nodes_.value(ref);
+        if (child.role == AtspiRole::label || child.role == AtspiRole::acceleratorLabel) {
+            if (auto key = translateDrawnShortcut(child.name))
+                return key;
+        }
+    }
+    return std::nullopt;
+}
+
 bool AtspiMenuReader::hidden(const Node& node) const
 {
     return honourVisible_ && node.states && !AtspiState::has(*node.states, AtspiState::visible);
@@ -666,7 +686,8 @@ QList<AccessibilityElementRef> AtspiMenuReader::makeMenuChildren(const QList<Ats
         }
         if (role != AtspiRole::menu && !isItemRole(role))
             continue; // separators, tearoffs and anything unexpected
-        auto item = AtspiElement::node(AXName::roleMenuItem, node.name.trimmed(), ref, pid, readAt_);
+        const NameAndShortcut named = splitDrawnShortcut(node.name);
+        auto item = AtspiElement::node(AXName::roleMenuItem, named.name, ref, pid, readAt_);
         item->enabled = AtspiState::has(node.states.value_or(0), AtspiState::sensitive);
 
         // A submenu: GTK's menu role (even while it is empty because it is
@@ -689,6 +710,8 @@ QList<AccessibilityElementRef> AtspiMenuReader::makeMenuChildren(const QList<Ats
             item->children = {menu};
         } else if (auto key = translateKeyBinding(node.keyBinding, item->title)) {
             item->setKey(*key);
+        } else if (auto drawn = named.key ? named.key : drawnShortcut(node)) {
+            item->setKey(*drawn);
         }
         out.append(item);
     }

@@ -2,6 +2,7 @@
 
 #include "platform/accessibilityelement.h"
 #include "platform/linux/atspi/atspibus.h"
+#include "platform/linux/atspi/keybinding.h"
 
 #include <QDBusArgument>
 #include <QHash>
@@ -94,6 +95,8 @@ private:
     // Claims an object for the tree being made; false when it is already in it.
     bool claim(const AtspiRef& ref) const;
     bool hidden(const Node& node) const;
+    // A shortcut the item draws in a label among its children, not in its key binding.
+    std::optional<MenuKeyEquivalent> drawnShortcut(const Node& item) const;
 
     AtspiBus& bus_;
     QHash<AtspiRef, Node> nodes_;

@@ -117,9 +117,89 @@ std::optional<MenuKeyEquivalent> translateQtShortcut(const QString& shortcut, co
             return std::nullopt;
     }
     // With no shortcut, Qt reports the item's mnemonic as Alt plus its letter.
-    if (option && !shift && !control && !command && key.size() == 1 && itemName.contains(key, Qt::CaseInsensitive))
+    const std::optional<MenuKeyEquivalent> translated = keyEquivalent(maskFor(shift, option, control, command), key, false);
+    if (translated && isMnemonicOf(*translated, itemName))
         return std::nullopt;
-    return keyEquivalent(maskFor(shift, option, control, command), key, false);
+    return translated;
+}
+
+bool isMnemonicOf(const MenuKeyEquivalent& key, const QString& itemName)
+{
+    return key.modifiers == (kOption | kNoCommand) && key.character && key.character->size() == 1
+        && itemName.contains(*key.character, Qt::CaseInsensitive);
+}
+
+namespace {
+
+// Key names as menus draw them, lower case, to the names the key table knows.
+const QHash<QString, QString>& drawnKeyNames()
+{
+    static const QHash<QString, QString> names{
+        {"page up", "Page_Up"}, {"pageup", "Page_Up"}, {"pgup", "Page_Up"}, {"page down", "Page_Down"},
+        {"pagedown", "Page_Down"}, {"pgdown", "Page_Down"}, {"pgdn", "Page_Down"}, {"del", "Delete"},
+        {"delete", "Delete"}, {"backspace", "BackSpace"}, {"return", "Return"}, {"enter", "Return"},
+        {"esc", "Escape"}, {"escape", "Escape"}, {"tab", "Tab"}, {"space", "space"}, {"home", "Home"},
+        {"end", "End"}, {"up", "Up"}, {"down", "Down"}, {"left", "Left"}, {"right", "Right"}, {"↑", "Up"},
+        {"↓", "Down"}, {"←", "Left"}, {"→", "Right"}, {"plus", "+"}, {"minus", "-"}, {"help", "Help"},
+    };
+    return names;
+}
+
+} // namespace
+
+std::optional<MenuKeyEquivalent> translateDrawnShortcut(const QString& drawn)
+{
+    enum Modifier { shift, option, control, command };
+    static const std::pair<const char*, Modifier> words[]{
+        {"Ctrl", command}, {"Control", command}, {"Ctl", command}, {"Strg", command}, {"Shift", shift},
+        {"Shft", shift}, {"Alt", option}, {"Option", option}, {"Super", control}, {"Meta", control},
+        {"Win", control}, {"Logo", control}, {"Hyper", control},
+    };
+    bool held[4] = {};
+    bool any = false;
+    QString rest = drawn.trimmed();
+    rest.replace(QLatin1String(" + "), QLatin1String("+"));
+    // "^R": Control as terminal programs write it.
+    if (rest.size() == 2 && rest[0] == u'^' && rest[1].isPrint() && !rest[1].isSpace()) {
+        held[command] = any = true;
+        rest = rest.mid(1);
+    }
+    for (bool found = true; found && rest.size() > 1;) {
+        found = false;
+        for (const auto& [word, modifier] : words) {
+            const qsizetype n = qstrlen(word);
+            if (rest.size() > n + 1 && rest.startsWith(QLatin1String(word), Qt::CaseInsensitive)
+                && (rest[n] == u'+' || rest[n] == u'-')) {
+                held[modifier] = any = found = true;
+                rest = rest.mid(n + 1).trimmed();
+                break;
+            }
+        }
+        // Emacs: C- Control, M- Meta (Alt), S- Shift, s- Super.
+        if (!found && rest.size() > 2 && rest[1] == u'-' && QStringView(u"CMSs").contains(rest[0])) {
+            const char16_t letter = rest[0].unicode();
+            held[letter == u'C' ? command : letter == u'M' ? option : letter == u'S' ? shift : control] = true;
+            any = found = true;
+            rest = rest.mid(2);
+        }
+    }
+    if (rest.isEmpty())
+        return std::nullopt;
+    QString key = drawnKeyNames().value(rest.toLower(), rest);
+    const bool named = key != rest || namedVirtualKeys().contains(key);
+    if (!named && rest.size() > 1 && !(rest.size() == 2 && rest[0].isHighSurrogate()))
+        return std::nullopt; // several keys, or a command
+    if (!any && !named)
+        return std::nullopt; // a key that types is no menu shortcut alone
+    return keyEquivalent(maskFor(held[shift], held[option], held[control], held[command]), key, false);
+}
+
+NameAndShortcut splitDrawnShortcut(const QString& name)
+{
+    const qsizetype tab = name.indexOf(u'\t');
+    if (tab < 0)
+        return {name.trimmed(), std::nullopt};
+    return {name.left(tab).trimmed(), translateDrawnShortcut(name.mid(tab + 1))};
 }
 
 std::optional<MenuKeyEquivalent> translateKeyBinding(const QString& binding, const QString& itemName)

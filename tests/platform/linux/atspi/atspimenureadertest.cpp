@@ -27,16 +27,21 @@ ItemWithChildren item(int id, int parent, uint role, const QString& name, QList<
     return i;
 }
 
-QStringList titles(const AccessibilityElementRef& element, const QString& path = {})
+// Each leaf's path; with `keys`, followed by its key character or code and modifiers.
+QStringList titles(const AccessibilityElementRef& element, bool keys = false, const QString& path = {})
 {
     QStringList out;
     const auto* e = dynamic_cast<const AtspiElement*>(element.get());
     for (const AccessibilityElementRef& child : e->children) {
         const auto* c = dynamic_cast<const AtspiElement*>(child.get());
         const QString here = c->title.isEmpty() ? path : path + "/" + c->title;
-        if (c->children.isEmpty())
-            out << here;
-        out += titles(child, here);
+        if (c->children.isEmpty()) {
+            QString key;
+            if (keys && c->modifiers)
+                key = QStringLiteral(" %1/%2").arg(c->keyCharacter ? *c->keyCharacter : QString::number(c->virtualKey.value_or(-1))).arg(*c->modifiers);
+            out << here + key;
+        }
+        out += titles(child, keys, here);
     }
     return out;
 }
@@ -119,6 +124,41 @@ TEST(AtspiMenuReader, InvisibleItemsAreLeftOutOnlyWhereSomeItemIsVisible)
         reader.settleVisibility(bar);
         EXPECT_EQ(titles(reader.makeMenuBar(bar, 1)), c.listed);
     }
+}
+
+// Items whose key binding names no accelerator but whose text shows one:
+// after a tab in the name, or in a label of the item's own.
+TEST(AtspiMenuReader, ShortcutsDrawnInTheItemsTextAreRead)
+{
+    registerCacheItemTypes();
+    using namespace AtspiRole;
+    const QList<ItemWithChildren> items{
+        item(1, 0, frame, "Letter", {2, 20}),
+        item(2, 1, menuBar, "", {3}),
+        item(3, 2, menu, "File", {4, 5, 7, 9}),
+        item(4, 3, menuItem, "Open…\tCtrl+O"),
+        item(5, 3, menuItem, "Save", {6}),
+        item(6, 5, label, "Ctrl+S"),
+        item(7, 3, menuItem, "Print", {8}),
+        item(8, 7, label, "Shift+Ctrl+P"), // the key binding wins
+        item(9, 3, menuItem, "Write\t:w"),
+        item(20, 1, toggleButton, "Menu", {21, 22}),
+        item(21, 20, pushButton, "Save As…"),
+        item(22, 20, pushButton, "Find…\tCtrl+F"),
+    };
+    DBusRoundTrip wire;
+    AtspiBus bus;
+    AtspiMenuReader reader(bus);
+    ASSERT_TRUE(feed(reader, wire, items));
+    const auto ref = [](int id) { return AtspiRef{":1.7", QStringLiteral("/o/%1").arg(id)}; };
+    reader.nodes()[ref(4)].keyBinding = "o;<Alt>f:o;";
+    reader.nodes()[ref(5)].keyBinding = "s;<Alt>f:s;";
+    reader.nodes()[ref(7)].keyBinding = "p;<Alt>f:p;<Primary>p";
+    reader.nodes()[ref(21)].keyBinding = "<Alt>a"; // a button's mnemonic
+    reader.nodes()[ref(22)].keyBinding = "<Alt>f";
+    EXPECT_EQ(titles(reader.makeMenuBar(ref(2), 1), true),
+              (QStringList{"/File/Open… O/0", "/File/Save S/0", "/File/Print p/0", "/File/Write"}));
+    EXPECT_EQ(titles(reader.makeButtonMenu(ref(20), 1), true), (QStringList{"/Menu/Save As…", "/Menu/Find… F/0"}));
 }
 
 // A header-bar window as GTK 3 shows it: no menu bar; the popover of the menu

@@ -5,15 +5,19 @@
 
 namespace {
 
-// The text a menu row shows for a toolkit's key binding, "" for none.
-QString shown(const QString& binding, const QString& itemName = "Item")
+QString shown(const std::optional<MenuKeyEquivalent>& key)
 {
-    const auto key = translateKeyBinding(binding, itemName);
     if (!key)
         return {};
     if (key->character)
         return menuShortcutText(*key->character, key->modifiers, PlatformWords::linuxDesktop().keys);
     return menuShortcutText(key->virtualKey.value_or(-1), key->modifiers, PlatformWords::linuxDesktop().keys);
+}
+
+// The text a menu row shows for a toolkit's key binding, "" for none.
+QString shown(const QString& binding, const QString& itemName = "Item")
+{
+    return shown(translateKeyBinding(binding, itemName));
 }
 
 struct Case {
@@ -67,6 +71,52 @@ INSTANTIATE_TEST_SUITE_P(Qt, KeyBindingText, testing::Values(
     Case{"Hyper+X", "Odd", ""},
     Case{"Ctrl+Launch Mail", "Odd", ""},
     Case{"", "Empty", ""}));
+
+// Shortcuts as items draw them in their own text, for items whose key binding
+// reports none.
+TEST(KeyBinding, DrawnShortcutsReadLikeReportedOnes)
+{
+    const std::pair<const char*, QString> cases[]{
+        {"Ctrl+S", "Ctrl+S"},
+        {"Shift+Ctrl+Z", "Ctrl+Shift+Z"},
+        {"ctrl+shift+s", "Ctrl+Shift+S"},
+        {"Ctrl-O", "Ctrl+O"},
+        {"Ctrl + W", "Ctrl+W"},
+        {"Ctrl+Page Up", "Ctrl+PgUp"},
+        {"Alt+F4", "Alt+F4"},
+        {"F5", "F5"},
+        {"Del", "Del"},
+        {"Ctrl++", "Ctrl++"},
+        {"Ctrl+-", "Ctrl+-"},
+        {"Ctrl+Plus", "Ctrl++"},
+        {"Super+↑", "Super+↑"},
+        {"Meta+K", "Super+K"},
+        {"^R", "Ctrl+R"},
+        {"C-s", "Ctrl+S"},
+        {"M-x", "Alt+X"},
+        {"C-M-%", "Ctrl+Alt+%"},
+        {"Ctrl+Ü", "Ctrl+Ü"},
+        // Not one shortcut: sequences, commands, keys that type, nothing.
+        {"C-x C-s", ""},
+        {"Ctrl+K, Ctrl+C", ""},
+        {":w", ""},
+        {"\"+y", ""},
+        {"ggVG", ""},
+        {"u", ""},
+        {"Ctrl+", ""},
+        {"Ctrl+Launch Mail", ""},
+        {"", ""},
+    };
+    for (const auto& [drawn, expected] : cases)
+        EXPECT_EQ(shown(translateDrawnShortcut(drawn)), expected) << drawn;
+
+    const NameAndShortcut split = splitDrawnShortcut("Open…\tCtrl+O");
+    EXPECT_EQ(split.name, "Open…");
+    EXPECT_EQ(shown(split.key), "Ctrl+O");
+    EXPECT_EQ(splitDrawnShortcut("Save\t:w").name, "Save");
+    EXPECT_FALSE(splitDrawnShortcut("Save\t:w").key);
+    EXPECT_EQ(splitDrawnShortcut("  New    ").name, "New");
+}
 
 TEST(KeyBinding, CharactersAndVirtualKeysAreKeptApart)
 {
