@@ -2,7 +2,11 @@
 # A GTK 3 application as desktops with a global menu run it: its menu bar is
 # exported on the session bus (org.gtk.Menus) and not drawn in the window,
 # whose header bar holds a menu button. Every command it runs shows in the
-# window's title ("ran: save-as"), where a test can see it.
+# window's title ("ran: save-as"), where a test can see it. With --drawn the
+# window draws the same menu bar, as desktops without a global menu show it.
+# "Print" shows its shortcut only in its label, after a tab.
+import sys
+
 import gi
 
 gi.require_version("Gtk", "3.0")
@@ -16,6 +20,7 @@ MENUS = """
       <section>
         <item><attribute name="label">_New Note</attribute><attribute name="action">win.new-note</attribute><attribute name="accel">&lt;Primary&gt;n</attribute></item>
         <item><attribute name="label">Save _As…</attribute><attribute name="action">win.save-as</attribute><attribute name="accel">&lt;Primary&gt;&lt;Shift&gt;s</attribute></item>
+        <item><attribute name="label">_Print&#9;Ctrl+P</attribute><attribute name="action">win.print</attribute></item>
         <submenu><attribute name="label">Open _Recent</attribute></submenu>
       </section>
       <section>
@@ -67,9 +72,9 @@ class Notes(Gtk.Application):
             self.add(self, name)
 
     def do_activate(self):
-        window = Gtk.ApplicationWindow(application=self, show_menubar=False, title="Notes")
+        window = Gtk.ApplicationWindow(application=self, show_menubar="--drawn" in sys.argv, title="Notes")
         self.window = window
-        for name in ("new-note", "save-as"):
+        for name in ("new-note", "save-as", "print"):
             self.add(window, name)
         self.add(window, "undo", enabled=False)
         self.add(window, "wrap", "s")

@@ -73,6 +73,7 @@ TEST_F(MenuAccess, AMenuBarExportedOnTheSessionBusIsReadAndPressedThere)
     EXPECT_EQ(menus, (QStringList{
         "File → New Note\tCtrl+N\tenabled",
         "File → Save As…\tCtrl+Shift+S\tenabled",
+        "File → Print\tCtrl+P\tenabled",
         "File → Quit\tCtrl+Q\tenabled",
         "Edit → Undo\tCtrl+Z\tdisabled",
         "Edit → Wrap → Words\t\tenabled",
@@ -90,6 +91,21 @@ TEST_F(MenuAccess, AMenuBarExportedOnTheSessionBusIsReadAndPressedThere)
         EXPECT_TRUE(eventually([ran = QString(ran)] { return windowsNamed(ran) > 0; })) << ran;
     }
     EXPECT_EQ(kestrioctl({"press", "--name", "gtknotes", "Edit → Undo"}).exitCode, 2); // disabled
+}
+
+// The same program drawing its menu bar: read over accessibility, where
+// "Print" names its shortcut only in its label.
+TEST_F(MenuAccess, AShortcutDrawnInTheItemsLabelIsShownAndTheItemPresses)
+{
+    ASSERT_EQ(apps.start("/usr/bin/python3", {QStringLiteral(SOURCE_DIR "/tests/e2e/gtknotes.py"), "--drawn"}, "gtknotes",
+                         "File → Print"),
+              "gtknotes");
+    const QStringList menus = lines(kestrioctl({"menus", "--name", "gtknotes"}));
+    EXPECT_TRUE(menus.contains("File → Print\tCtrl+P\tenabled")) << menus.join(u'\n').toStdString();
+    EXPECT_TRUE(menus.contains("File → Save As…\tCtrl+Shift+S\tenabled"));
+    const ProcessResult r = kestrioctl({"press", "--name", "gtknotes", "File → Print"});
+    EXPECT_EQ(r.exitCode, 0) << r.err.toStdString();
+    EXPECT_TRUE(eventually([] { return windowsNamed("ran: print") > 0; }));
 }
 
 TEST_F(MenuAccess, JsonListsTheSameItems)

@@ -46,13 +46,15 @@ QList<AccessibilityElementRef> makeItems(const QList<ExportedMenuNode>& nodes, q
 {
     QList<AccessibilityElementRef> out;
     for (const ExportedMenuNode& node : nodes) {
-        auto item = AtspiElement::node(AXName::roleMenuItem, node.label, AtspiRef{}, pid, readAt);
+        // A label may carry its shortcut after a tab where the model gives none.
+        const NameAndShortcut named = splitDrawnShortcut(node.label);
+        auto item = AtspiElement::node(AXName::roleMenuItem, named.name, AtspiRef{}, pid, readAt);
         item->enabled = node.enabled;
         item->exported = node.press;
         if (node.isSubmenu)
             item->children = {makeMenu(node.children, pid, readAt)};
-        else if (node.key)
-            item->setKey(*node.key);
+        else if (auto key = node.key ? node.key : named.key)
+            item->setKey(*key);
         out.append(item);
     }
     return out;
