@@ -1,5 +1,6 @@
 // Feeds arbitrary key-binding texts (what another application answers to
-// GetKeyBinding) and item names to the translation and the shortcut texts.
+// GetKeyBinding) and item names, which may carry a drawn shortcut after a
+// tab, to the translations and the shortcut texts.
 #include "menu/shortcuttext.h"
 #include "platform/linux/atspi/keybinding.h"
 
@@ -7,15 +8,12 @@
 #include <cstdint>
 #include <cstdlib>
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+namespace {
+
+void check(const std::optional<MenuKeyEquivalent>& key)
 {
-    const QByteArray bytes(reinterpret_cast<const char*>(data), qsizetype(size));
-    const qsizetype split = bytes.indexOf('\0');
-    const QString binding = QString::fromUtf8(split < 0 ? bytes : bytes.left(split));
-    const QString name = split < 0 ? QString() : QString::fromUtf8(bytes.mid(split + 1));
-    const std::optional<MenuKeyEquivalent> key = translateKeyBinding(binding, name);
     if (!key)
-        return 0;
+        return;
     // A translated binding is a shortcut that can be shown.
     if (key->modifiers < 0 || key->modifiers > 15)
         std::abort();
@@ -25,5 +23,21 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     } else if (!key->virtualKey || menuShortcutText(*key->virtualKey, key->modifiers).isEmpty()) {
         std::abort();
     }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    const QByteArray bytes(reinterpret_cast<const char*>(data), qsizetype(size));
+    const qsizetype split = bytes.indexOf('\0');
+    const QString binding = QString::fromUtf8(split < 0 ? bytes : bytes.left(split));
+    const QString name = split < 0 ? QString() : QString::fromUtf8(bytes.mid(split + 1));
+    check(translateKeyBinding(binding, name));
+    check(translateDrawnShortcut(binding));
+    const NameAndShortcut named = splitDrawnShortcut(name);
+    if (named.name.size() > name.size())
+        std::abort();
+    check(named.key);
     return 0;
 }
