@@ -50,14 +50,8 @@ void AtspiApplications::refreshNow()
 
     // Every application's process, which the bus itself answers, all at once.
     std::vector<std::pair<AtspiRef, QDBusPendingCall>> pids;
-    for (const AtspiRef& root : roots) {
-        QDBusMessage askPid = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-                                                             QStringLiteral("/org/freedesktop/DBus"),
-                                                             QStringLiteral("org.freedesktop.DBus"),
-                                                             QStringLiteral("GetConnectionUnixProcessID"));
-        askPid.setArguments({root.bus});
-        pids.emplace_back(root, connection.asyncCall(askPid, AtspiBus::kCallTimeoutMs));
-    }
+    for (const AtspiRef& root : roots)
+        pids.emplace_back(root, AtspiBus::askProcessId(connection, root.bus));
     // This process is left out: asking it anything would wait on its own thread.
     const qint32 self = qint32(QCoreApplication::applicationPid());
     const QHash<qint32, Info> before = [this] {

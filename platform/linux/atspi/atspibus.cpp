@@ -126,6 +126,16 @@ QList<AtspiRef> AtspiBus::applications() const
     return refsOf(callAndWait(root, QStringLiteral("org.a11y.atspi.Accessible"), QStringLiteral("GetChildren")));
 }
 
+QDBusPendingCall AtspiBus::askProcessId(const QDBusConnection& connection, const QString& name)
+{
+    QDBusMessage ask = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
+                                                      QStringLiteral("/org/freedesktop/DBus"),
+                                                      QStringLiteral("org.freedesktop.DBus"),
+                                                      QStringLiteral("GetConnectionUnixProcessID"));
+    ask.setArguments({name});
+    return connection.asyncCall(ask, kCallTimeoutMs);
+}
+
 QList<AtspiRef> AtspiBus::refsOf(const QDBusMessage& reply)
 {
     QList<AtspiRef> refs;

@@ -81,6 +81,9 @@ public:
 
     // The applications registered on the bus. Waits.
     QList<AtspiRef> applications() const;
+    // Asks the bus daemon of `connection`, which never hangs, for the process
+    // behind the connection `name`.
+    static QDBusPendingCall askProcessId(const QDBusConnection& connection, const QString& name);
 
     // Replies.
     static QList<AtspiRef> refsOf(const QDBusMessage& reply);

@@ -59,12 +59,7 @@ void AtspiFocusWatch::announced(const QString& sender, bool focusGained)
         return;
     }
     // Who sent it, from the bus daemon, which is never an application that hangs.
-    QDBusMessage ask = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-                                                      QStringLiteral("/org/freedesktop/DBus"),
-                                                      QStringLiteral("org.freedesktop.DBus"),
-                                                      QStringLiteral("GetConnectionUnixProcessID"));
-    ask.setArguments({sender});
-    auto* watcher = new QDBusPendingCallWatcher(bus_.connection().asyncCall(ask, AtspiBus::kCallTimeoutMs), this);
+    auto* watcher = new QDBusPendingCallWatcher(AtspiBus::askProcessId(bus_.connection(), sender), this);
     const int generation = listeningTo_;
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, sender, generation] {
         watcher->deleteLater();

@@ -137,13 +137,7 @@ QStringList ExportedMenuReader::namesOfProcess(qint32 pid)
     for (const QString& name : list.arguments().first().toStringList()) {
         if (name.startsWith(u':') || name.startsWith(QLatin1String("org.freedesktop.")) || pending.size() >= kMaxNames)
             continue;
-        QDBusMessage ask = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-                                                          QStringLiteral("/org/freedesktop/DBus"),
-                                                          QStringLiteral("org.freedesktop.DBus"),
-                                                          QStringLiteral("GetConnectionUnixProcessID"));
-        ask.setArguments({name});
-        ask.setAutoStartService(false);
-        pending.append({name, session_.asyncCall(ask, AtspiBus::kCallTimeoutMs)});
+        pending.append({name, AtspiBus::askProcessId(session_, name)});
     }
     QStringList names;
     for (auto& [name, reply] : pending) {
