@@ -536,7 +536,7 @@ void AtspiMenuReader::collectButtons(const QList<AtspiRef>& children, qint32 pid
             if (key && isMnemonicOf(*key, item->title))
                 key.reset();
             if (!key)
-                key = named.key ? named.key : drawnShortcut(node);
+                key = drawnShortcut(node, named);
             if (key)
                 item->setKey(*key);
             out.append(item);
@@ -609,8 +609,10 @@ void AtspiMenuReader::settleVisibility(const AtspiRef& menuBar)
     honourVisible_ = !any;
 }
 
-std::optional<MenuKeyEquivalent> AtspiMenuReader::drawnShortcut(const Node& item) const
+std::optional<MenuKeyEquivalent> AtspiMenuReader::drawnShortcut(const Node& item, const NameAndShortcut& named) const
 {
+    if (named.key)
+        return named.key;
     // Where the item shows its shortcut in a label of its own.
     for (const AtspiRef& ref : item.children) {
         const Node& child = nodes_.value(ref);
@@ -710,7 +712,7 @@ QList<AccessibilityElementRef> AtspiMenuReader::makeMenuChildren(const QList<Ats
             item->children = {menu};
         } else if (auto key = translateKeyBinding(node.keyBinding, item->title)) {
             item->setKey(*key);
-        } else if (auto drawn = named.key ? named.key : drawnShortcut(node)) {
+        } else if (auto drawn = drawnShortcut(node, named)) {
             item->setKey(*drawn);
         }
         out.append(item);

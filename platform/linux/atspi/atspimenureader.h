@@ -95,8 +95,9 @@ private:
     // Claims an object for the tree being made; false when it is already in it.
     bool claim(const AtspiRef& ref) const;
     bool hidden(const Node& node) const;
-    // A shortcut the item draws in a label among its children, not in its key binding.
-    std::optional<MenuKeyEquivalent> drawnShortcut(const Node& item) const;
+    // A shortcut the item draws rather than reports in its key binding: in
+    // its name after a tab (`named`, as split), else in a label among its children.
+    std::optional<MenuKeyEquivalent> drawnShortcut(const Node& item, const NameAndShortcut& named) const;
 
     AtspiBus& bus_;
     QHash<AtspiRef, Node> nodes_;
