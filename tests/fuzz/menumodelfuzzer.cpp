@@ -4,10 +4,10 @@
 // values, and any set of described actions. Assembling the tree must stay
 // finite and bounded.
 #include "platform/linux/exported/gtkmenumodel.h"
+#include "tests/support/exportedmenus.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include <algorithm>
 #include <cstdlib>
 
 namespace {
@@ -15,15 +15,6 @@ namespace {
 std::pair<uint, uint> target(FuzzedDataProvider& in)
 {
     return {in.ConsumeIntegralInRange<uint>(0, 6), in.ConsumeIntegralInRange<uint>(0, 3)};
-}
-
-int count(const QList<ExportedMenuNode>& nodes, int depth, int& deepest)
-{
-    deepest = std::max(deepest, depth);
-    int n = 0;
-    for (const ExportedMenuNode& node : nodes)
-        n += 1 + count(node.children, depth + 1, deepest);
-    return n;
 }
 
 } // namespace
@@ -62,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     const QHash<QString, std::pair<QString, QString>> addresses{{"app", {":1.1", "/a"}}, {"win", {":1.1", "/a/window/1"}}};
     model.missingGroups();
     int deepest = 0;
-    if (count(model.tree(described, addresses), 0, deepest) > 20001 || deepest > 18)
+    if (countNodes(model.tree(described, addresses), 0, deepest) > 20001 || deepest > 18)
         std::abort();
     return 0;
 }

@@ -4,10 +4,14 @@
 // groups (org.gtk.Menus.Start) and dbusmenu layouts (GetLayout), to build
 // replies in tests the way toolkits send them.
 
+#include "platform/linux/exported/exportedmenunode.h"
+
 #include <QDBusArgument>
 #include <QDBusMetaType>
 #include <QDBusVariant>
 #include <QVariantMap>
+
+#include <algorithm>
 
 // A link to another menu: ":section" or ":submenu".
 struct GtkMenuLink {
@@ -72,4 +76,15 @@ inline void registerExportedMenuTypes()
     qDBusRegisterMetaType<QList<GtkMenuGroup>>();
     qDBusRegisterMetaType<DbusmenuItem>();
     qDBusRegisterMetaType<QList<QStringList>>();
+}
+
+// How many nodes a menu tree read from such a reply holds; `deepest` gets the
+// depth of its deepest node.
+inline int countNodes(const QList<ExportedMenuNode>& nodes, int depth, int& deepest)
+{
+    deepest = std::max(deepest, depth);
+    int count = 0;
+    for (const ExportedMenuNode& node : nodes)
+        count += 1 + countNodes(node.children, depth + 1, deepest);
+    return count;
 }

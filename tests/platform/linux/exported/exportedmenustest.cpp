@@ -56,15 +56,6 @@ QStringList paths(const QList<ExportedMenuNode>& nodes, const QString& above = {
     return out;
 }
 
-int countNodes(const QList<ExportedMenuNode>& nodes, int depth, int& deepest)
-{
-    deepest = std::max(deepest, depth);
-    int count = 0;
-    for (const ExportedMenuNode& node : nodes)
-        count += 1 + countNodes(node.children, depth + 1, deepest);
-    return count;
-}
-
 const QHash<QString, std::pair<QString, QString>> kAddresses{{"app", {":1.4", "/org/example/Notes"}},
                                                              {"win", {":1.4", "/org/example/Notes/window/1"}}};
 
