@@ -4,10 +4,12 @@
 #include "platform/crossthread.h"
 #include "platform/linux/atspi/atspielement.h"
 #include "platform/linux/atspi/atspimenureader.h"
+#include "platform/linux/dbus/peerconnection.h"
 #include "platform/linux/exported/exportedmenureader.h"
 
 #include <QCoreApplication>
 #include <QDBusMessage>
+#include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
 #include <QProcess>
@@ -248,14 +250,17 @@ QDBusConnection AtspiAccessibility::pressConnection(const AtspiRef& application,
     // GTK offers each client a connection of its own; a modal dialog opened by
     // a press then blocks only that connection, not the shared bus. Asked
     // without the lock held: another press must not wait on this application.
+    // The address is the application's word, so it is taken only for a local
+    // socket that the application itself listens on, as the bus daemon (not
+    // the application) names it; else the press goes over the shared bus.
     std::optional<QDBusConnection> connection;
+    QDBusPendingCall askedPid = AtspiBus::askProcessId(bus_.connection(), application.bus);
     const QDBusMessage reply = bus_.callAndWait(application, kApplication, QStringLiteral("GetApplicationBusAddress"));
     const QString address = AtspiBus::valueOf(reply).value_or(QVariant()).toString();
-    if (!address.isEmpty()) {
-        QDBusConnection p2p = QDBusConnection::connectToPeer(address, QStringLiteral("kestrio-peer-") + application.bus);
-        if (p2p.isConnected())
-            connection = p2p;
-    }
+    askedPid.waitForFinished();
+    const QDBusPendingReply<uint> pid = askedPid;
+    if (!address.isEmpty() && !pid.isError() && pid.value() > 0 && pid.value() <= 0x7fffffffu)
+        connection = PeerConnection::open(address, QStringLiteral("kestrio-peer-") + application.bus, qint32(pid.value()));
     std::lock_guard lock(peersMutex_);
     peers_.insert(application.bus, connection);
     peer = connection.has_value();

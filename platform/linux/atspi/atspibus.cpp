@@ -1,5 +1,7 @@
 #include "platform/linux/atspi/atspibus.h"
 
+#include "platform/linux/dbus/localbusaddress.h"
+
 #include <QDBusArgument>
 #include <QDBusError>
 #include <QDBusObjectPath>
@@ -31,17 +33,19 @@ bool AtspiBus::ensureConnected()
     if (isConnected())
         return true;
 
-    QString address;
+    // The launcher's answer, else the environment, else what the display
+    // announces (any X client may set that): each only where it names a local socket.
+    std::optional<LocalBusAddress> address;
     QDBusMessage ask = QDBusMessage::createMethodCall(QStringLiteral("org.a11y.Bus"), QStringLiteral("/org/a11y/bus"),
                                                       QStringLiteral("org.a11y.Bus"), QStringLiteral("GetAddress"));
     const QDBusMessage reply = QDBusConnection::sessionBus().call(ask, QDBus::Block, kCallTimeoutMs);
     if (reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty())
-        address = reply.arguments().first().toString();
-    if (address.isEmpty())
-        address = qEnvironmentVariable("AT_SPI_BUS_ADDRESS");
-    if (address.isEmpty() && fallbackAddress_)
-        address = fallbackAddress_();
-    if (address.isEmpty())
+        address = LocalBusAddress::parse(reply.arguments().first().toString());
+    if (!address)
+        address = LocalBusAddress::parse(qEnvironmentVariable("AT_SPI_BUS_ADDRESS"));
+    if (!address && fallbackAddress_)
+        address = LocalBusAddress::parse(fallbackAddress_());
+    if (!address)
         return false;
 
     int generation = 0;
@@ -50,7 +54,7 @@ bool AtspiBus::ensureConnected()
         generation = generation_ + 1;
     }
     const QString name = QStringLiteral("kestrio-a11y-%1").arg(generation);
-    QDBusConnection bus = QDBusConnection::connectToBus(address, name);
+    QDBusConnection bus = QDBusConnection::connectToBus(address->text(), name);
     if (!bus.isConnected()) {
         QDBusConnection::disconnectFromBus(name);
         return false;
