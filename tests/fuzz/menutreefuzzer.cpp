@@ -8,6 +8,7 @@
 #include "platform/accessibility.h"
 #include "platform/linux/atspi/atspielement.h"
 #include "platform/linux/atspi/atspimenureader.h"
+#include "tests/support/atspiobjecttable.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -46,9 +47,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
     FuzzedDataProvider in(data, size);
     const bool withChildren = in.ConsumeBool();
-    QList<AtspiMenuReader::CacheItem> items;
+    QList<AtspiCacheItem> items;
     for (int i = in.ConsumeIntegralInRange(0, 300); i > 0 && in.remaining_bytes() > 0; --i) {
-        AtspiMenuReader::CacheItem item;
+        AtspiCacheItem item;
         item.ref = ref(in);
         item.parent = ref(in);
         if (withChildren) {
@@ -67,8 +68,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         items.append(item);
     }
 
-    AtspiBus bus;
-    AtspiMenuReader reader(bus);
+    AtspiObjectTable table;
+    AtspiMenuReader reader(table);
     reader.takeCacheItems(items);
     if (reader.nodes().size() > items.size())
         std::abort();

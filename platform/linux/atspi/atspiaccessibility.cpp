@@ -2,6 +2,7 @@
 
 #include "platform/clock.h"
 #include "platform/crossthread.h"
+#include "platform/linux/atspi/atspibusobjects.h"
 #include "platform/linux/atspi/atspielement.h"
 #include "platform/linux/atspi/atspimenureader.h"
 #include "platform/linux/dbus/peerconnection.h"
@@ -214,10 +215,11 @@ AttributeRead AtspiAccessibility::copyAttributeValue(const AccessibilityElementR
 AttributeRead AtspiAccessibility::readMenuBar(const AtspiElement& application)
 {
     const std::optional<DesktopWindow> window = application.window ? windows_.window(*application.window) : std::nullopt;
-    AtspiMenuReader reader(bus_);
+    AtspiBusObjects objects(bus_);
+    AtspiMenuReader reader(objects);
     AccessibilityElementRef bar;
     // The window the user was in is found by its title.
-    if (!application.ref.isNull())
+    if (!application.ref.isNull() && bus_.ensureConnected())
         bar = reader.readMenuBar(application.ref, application.pid, application.toolkit, window ? window->title : QString());
     if (reader.foundMenuBar())
         return value(bar);

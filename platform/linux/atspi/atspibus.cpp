@@ -140,7 +140,7 @@ QDBusPendingCall AtspiBus::askProcessId(const QDBusConnection& connection, const
     return connection.asyncCall(ask, kCallTimeoutMs);
 }
 
-QList<AtspiRef> AtspiBus::refsOf(const QDBusMessage& reply)
+QList<AtspiRef> AtspiBus::refsOf(const QDBusMessage& reply, qsizetype limit)
 {
     QList<AtspiRef> refs;
     if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
@@ -158,7 +158,8 @@ QList<AtspiRef> AtspiBus::refsOf(const QDBusMessage& reply)
         argument.beginStructure();
         argument >> bus >> path;
         argument.endStructure();
-        refs.append({bus, path.path()});
+        if (refs.size() < limit)
+            refs.append({bus, path.path()});
     }
     argument.endArray();
     return refs;

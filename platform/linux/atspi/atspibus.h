@@ -53,6 +53,8 @@ Reading read(quint64 states);
 class AtspiBus {
 public:
     static constexpr int kCallTimeoutMs = 1000;
+    // Applications on a bus, children of an object: more is not a desktop's.
+    static constexpr qsizetype kMaxRefs = 4096;
 
     // `fallbackAddress` is asked when the session bus does not know the address.
     explicit AtspiBus(std::function<QString()> fallbackAddress = {});
@@ -85,8 +87,8 @@ public:
     // behind the connection `name`.
     static QDBusPendingCall askProcessId(const QDBusConnection& connection, const QString& name);
 
-    // Replies.
-    static QList<AtspiRef> refsOf(const QDBusMessage& reply);
+    // Replies. An application decides their size: a list of objects keeps at most `limit`.
+    static QList<AtspiRef> refsOf(const QDBusMessage& reply, qsizetype limit = kMaxRefs);
     static std::optional<quint64> statesOf(const QDBusMessage& reply);
     static std::optional<QVariant> valueOf(const QDBusMessage& reply);
     static bool timedOut(const QDBusMessage& reply);

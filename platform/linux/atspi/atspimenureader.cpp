@@ -5,15 +5,9 @@
 #include "platform/linux/atspi/atspielement.h"
 #include "platform/linux/atspi/keybinding.h"
 
-#include <QDBusArgument>
-#include <QDBusObjectPath>
-
 #include <algorithm>
 
 namespace {
-
-const QString kAccessible = QStringLiteral("org.a11y.atspi.Accessible");
-const QString kAction = QStringLiteral("org.a11y.atspi.Action");
 
 // Bounds that no real menu bar reaches; they keep a misbehaving application
 // from making the reading endless.
@@ -25,8 +19,12 @@ constexpr int kMaxMenuButtons = 8;
 // A window's own panels looked into as popovers.
 constexpr int kMaxPopovers = 16;
 
+// Windows of one application searched for a menu bar.
+constexpr int kMaxWindows = 64;
+// How far up the parents named in the bulk cache are followed.
+constexpr int kMaxAncestors = 64;
+
 enum Want { wantChildren = 1, wantInfo = 2, wantKeyBinding = 4, wantParent = 8 };
-enum Call { callChildren, callRole, callState, callName, callKeyBinding, callParent };
 
 bool isItemRole(uint role)
 {
@@ -61,19 +59,9 @@ bool isContainerRole(uint role)
     }
 }
 
-AtspiRef readRef(const QDBusArgument& argument)
-{
-    QString bus;
-    QDBusObjectPath path;
-    argument.beginStructure();
-    argument >> bus >> path;
-    argument.endStructure();
-    return {bus, path.path()};
-}
-
 } // namespace
 
-AtspiMenuReader::AtspiMenuReader(AtspiBus& bus) : bus_(bus) {}
+AtspiMenuReader::AtspiMenuReader(AtspiObjects& objects, const Clock& clock) : objects_(objects), clock_(clock) {}
 
 AccessibilityElementRef AtspiMenuReader::readMenuBar(const AtspiRef& application, qint32 pid, const QString& toolkit,
                                                      const QString& windowTitle)
@@ -83,8 +71,11 @@ AccessibilityElementRef AtspiMenuReader::readMenuBar(const AtspiRef& application
     popovers_.clear();
     foundMenuBar_ = false;
     complete_ = true;
+    stopped_ = false;
+    asked_ = 0;
+    startedAt_ = clock_.seconds();
     windowTitle_ = windowTitle;
-    if (!bus_.ensureConnected() || application.isNull())
+    if (application.isNull())
         return nullptr;
 
     // Qt marks every item of a closed menu invisible, so visibility means nothing there.
@@ -106,7 +97,7 @@ AccessibilityElementRef AtspiMenuReader::readMenuBar(const AtspiRef& application
             if (!prefetchFromCache(holder) || !fetchSubtree(holder))
                 complete_ = false;
         }
-        readAt_ = Clock::monotonic().seconds();
+        readAt_ = clock_.seconds();
         return makeButtonMenu(*button, pid);
     }
     foundMenuBar_ = true;
@@ -115,84 +106,35 @@ AccessibilityElementRef AtspiMenuReader::readMenuBar(const AtspiRef& application
     settleVisibility(*menuBar);
     if (!prefetchFromCache(*menuBar) || !fetchSubtree(*menuBar))
         complete_ = false;
-    readAt_ = Clock::monotonic().seconds();
+    readAt_ = clock_.seconds();
     return makeMenuBar(*menuBar, pid);
 }
 
 bool AtspiMenuReader::fetchFromCache(const AtspiRef& application)
 {
-    // GTK keeps every object's role, name and state in one cache the whole
-    // application answers in a single call; Qt's is empty.
-    const AtspiRef cache{application.bus, QStringLiteral("/org/a11y/atspi/cache")};
-    const QDBusMessage reply = bus_.callAndWait(cache, QStringLiteral("org.a11y.atspi.Cache"), QStringLiteral("GetItems"));
-    if (AtspiBus::timedOut(reply))
+    bool timedOut = false;
+    ++asked_;
+    const std::optional<QList<AtspiCacheItem>> items = objects_.cache(application, timedOut);
+    if (timedOut) {
         complete_ = false;
-    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()
-        || !reply.arguments().first().canConvert<QDBusArgument>())
-        return false;
-    return takeCacheItems(reply.arguments().first().value<QDBusArgument>());
-}
-
-std::optional<QList<AtspiMenuReader::CacheItem>> AtspiMenuReader::readCacheItems(const QDBusArgument& reply)
-{
-    const QString signature = reply.currentSignature();
-    const bool withCounts = signature == QLatin1String("a((so)(so)(so)iiassusau)");
-    const bool withChildren = signature == QLatin1String("a((so)(so)(so)a(so)assusau)");
-    if (!withCounts && !withChildren)
-        return std::nullopt;
-
-    QList<CacheItem> items;
-    reply.beginArray();
-    while (!reply.atEnd()) {
-        CacheItem item;
-        reply.beginStructure();
-        item.ref = readRef(reply);
-        readRef(reply); // application
-        item.parent = readRef(reply);
-        if (withCounts) {
-            int index = 0;
-            reply >> index >> item.childCount;
-        } else {
-            QList<AtspiRef> children;
-            reply.beginArray();
-            while (!reply.atEnd()) {
-                const AtspiRef child = readRef(reply);
-                if (children.size() < kMaxNodes)
-                    children.append(child);
-            }
-            reply.endArray();
-            item.children = children;
-        }
-        QStringList interfaces;
-        QString description;
-        reply >> interfaces >> item.name >> item.role >> description >> item.states;
-        reply.endStructure();
-        if (items.size() < kMaxNodes)
-            items.append(item);
+        stopped_ = true;
     }
-    reply.endArray();
-    return items;
-}
-
-bool AtspiMenuReader::takeCacheItems(const QDBusArgument& reply)
-{
-    const std::optional<QList<CacheItem>> items = readCacheItems(reply);
     if (!items)
         return false;
     takeCacheItems(*items);
     return true;
 }
 
-void AtspiMenuReader::takeCacheItems(const QList<CacheItem>& items)
+void AtspiMenuReader::takeCacheItems(const QList<AtspiCacheItem>& items)
 {
-    for (const CacheItem& item : items) {
+    for (const AtspiCacheItem& item : items) {
         if (nodes_.size() >= kMaxNodes)
             break;
         Node node;
         node.ref = item.ref;
         node.parent = item.parent;
         if (item.children) {
-            node.children = *item.children;
+            node.children = item.children->mid(0, AtspiObjects::kMaxChildren);
             node.childrenRead = true;
         } else if (item.childCount == 0) {
             node.childrenRead = true; // nothing to ask for
@@ -206,75 +148,102 @@ void AtspiMenuReader::takeCacheItems(const QList<CacheItem>& items)
 
 bool AtspiMenuReader::fetch(const QList<AtspiRef>& refs, int want)
 {
-    struct Pending {
-        AtspiRef ref;
-        Call what;
-        QDBusPendingCall call;
-    };
-    std::vector<Pending> pending;
+    if (stopped_)
+        return false;
+    using Question = AtspiObjects::Question;
+    QList<AtspiObjects::Ask> questions;
     for (const AtspiRef& ref : refs) {
-        if (nodes_.size() >= kMaxNodes)
+        if (nodes_.size() >= kMaxNodes && !nodes_.contains(ref))
             break;
         Node& node = nodes_[ref];
         node.ref = ref;
         if ((want & wantChildren) && !node.childrenRead)
-            pending.push_back({ref, callChildren, bus_.call(ref, kAccessible, QStringLiteral("GetChildren"))});
+            questions.append({ref, Question::children});
         if ((want & wantInfo) && !node.role) {
-            pending.push_back({ref, callRole, bus_.call(ref, kAccessible, QStringLiteral("GetRole"))});
-            pending.push_back({ref, callState, bus_.call(ref, kAccessible, QStringLiteral("GetState"))});
-            pending.push_back({ref, callName, bus_.property(ref, kAccessible, QStringLiteral("Name"))});
+            questions.append({ref, Question::role});
+            questions.append({ref, Question::state});
+            questions.append({ref, Question::name});
         }
         if ((want & wantParent) && node.parent.isNull())
-            pending.push_back({ref, callParent, bus_.property(ref, kAccessible, QStringLiteral("Parent"))});
+            questions.append({ref, Question::parent});
         if ((want & wantKeyBinding) && !node.keyBindingRead && (!node.role || isItemRole(*node.role)))
-            pending.push_back({ref, callKeyBinding, bus_.call(ref, kAction, QStringLiteral("GetKeyBinding"), {0})});
+            questions.append({ref, Question::keyBinding});
     }
-    bool answered = true;
-    for (Pending& p : pending) {
-        p.call.waitForFinished();
-        const QDBusMessage reply = p.call.reply();
-        if (AtspiBus::timedOut(reply))
-            answered = false;
-        Node& node = nodes_[p.ref];
-        const std::optional<QVariant> value = AtspiBus::valueOf(reply);
-        switch (p.what) {
-        case callChildren:
-            node.children = AtspiBus::refsOf(reply);
-            node.childrenRead = true;
-            break;
-        case callRole:
-            if (value)
-                node.role = value->toUInt();
-            break;
-        case callState:
-            node.states = AtspiBus::statesOf(reply);
-            break;
-        case callName:
-            if (value)
-                node.name = value->toString();
-            break;
-        case callKeyBinding:
-            if (value)
-                node.keyBinding = value->toString();
-            node.keyBindingRead = true;
-            break;
-        case callParent:
-            if (value && value->canConvert<QDBusArgument>()) {
-                const QDBusArgument argument = value->value<QDBusArgument>();
-                if (argument.currentSignature() == QLatin1String("(so)"))
-                    node.parent = readRef(argument);
+    if (questions.isEmpty())
+        return true;
+    // Past its budget the reading keeps what it has and says it is incomplete.
+    const int room = clock_.seconds() - startedAt_ > kMaxSeconds ? 0 : kMaxQuestions - asked_;
+    if (questions.size() > room) {
+        questions.resize(std::max(room, 0));
+        stopped_ = true;
+        complete_ = false;
+    }
+    asked_ += int(questions.size());
+    const QList<AtspiObjects::Answer> answers = objects_.ask(questions);
+    for (qsizetype i = 0; i < questions.size() && i < answers.size(); ++i) {
+        if (answers[i].timedOut) {
+            stopped_ = true;
+            complete_ = false;
+        }
+        take(nodes_[questions[i].ref], questions[i].question, answers[i].value);
+    }
+    return !stopped_;
+}
+
+void AtspiMenuReader::take(Node& node, AtspiObjects::Question question, const AtspiObjects::Value& value)
+{
+    using Question = AtspiObjects::Question;
+    switch (question) {
+    case Question::children:
+        if (const auto* children = std::get_if<QList<AtspiRef>>(&value))
+            node.children = children->mid(0, AtspiObjects::kMaxChildren);
+        node.childrenRead = true;
+        break;
+    case Question::role:
+        if (const auto* role = std::get_if<uint>(&value))
+            node.role = *role;
+        break;
+    case Question::state:
+        if (const auto* states = std::get_if<quint64>(&value))
+            node.states = *states;
+        break;
+    case Question::name:
+        if (const auto* name = std::get_if<QString>(&value))
+            node.name = *name;
+        break;
+    case Question::keyBinding:
+        if (const auto* binding = std::get_if<QString>(&value))
+            node.keyBinding = *binding;
+        node.keyBindingRead = true;
+        break;
+    case Question::parent:
+        if (const auto* parent = std::get_if<AtspiRef>(&value))
+            node.parent = *parent;
+        break;
+    }
+}
+
+QList<AtspiRef> AtspiMenuReader::unseenChildren(const QList<AtspiRef>& refs, QSet<AtspiRef>& seen) const
+{
+    QList<AtspiRef> out;
+    for (const AtspiRef& ref : refs) {
+        for (const AtspiRef& child : nodes_.value(ref).children) {
+            if (seen.size() >= kMaxNodes)
+                return out;
+            if (!seen.contains(child)) {
+                seen.insert(child);
+                out.append(child);
             }
-            break;
         }
     }
-    return answered;
+    return out;
 }
 
 std::optional<AtspiRef> AtspiMenuReader::findMenuBar(const AtspiRef& application)
 {
     if (!fetch({application}, wantChildren))
         return std::nullopt;
-    const QList<AtspiRef> windows = nodes_.value(application).children;
+    const QList<AtspiRef> windows = nodes_.value(application).children.mid(0, kMaxWindows);
     if (!fetch(windows, wantInfo))
         return std::nullopt;
 
@@ -284,8 +253,11 @@ std::optional<AtspiRef> AtspiMenuReader::findMenuBar(const AtspiRef& application
     for (const AtspiRef& window : windowsInOrder(windows)) {
         // Breadth first through layout containers, remembering each object's
         // position so that the first menu bar in the window's own order wins
-        // (LibreOffice keeps a copy with wrong shortcuts further down).
+        // (LibreOffice keeps a copy with wrong shortcuts further down). An
+        // object met again (linked from two places, or from below) is not
+        // looked into twice.
         QList<std::pair<AtspiRef, QList<int>>> level{{window, {}}};
+        QSet<AtspiRef> seen{window};
         std::optional<std::pair<QList<int>, AtspiRef>> best;
         for (int depth = 0; depth < kMaxContainerDepth && !level.isEmpty(); ++depth) {
             QList<AtspiRef> containers;
@@ -297,7 +269,10 @@ std::optional<AtspiRef> AtspiMenuReader::findMenuBar(const AtspiRef& application
             QList<AtspiRef> kids;
             for (const auto& [ref, position] : level) {
                 const QList<AtspiRef> children = nodes_.value(ref).children;
-                for (int i = 0; i < children.size(); ++i) {
+                for (int i = 0; i < children.size() && seen.size() < kMaxNodes; ++i) {
+                    if (seen.contains(children[i]))
+                        continue;
+                    seen.insert(children[i]);
                     next.append({children[i], position + QList<int>{i}});
                     kids.append(children[i]);
                 }
@@ -330,12 +305,21 @@ std::optional<AtspiRef> AtspiMenuReader::findMenuBar(const AtspiRef& application
 bool AtspiMenuReader::descendsFrom(const AtspiRef& ref, const AtspiRef& ancestor) const
 {
     AtspiRef at = ref;
-    for (int depth = 0; depth < 64 && !at.isNull(); ++depth) {
+    for (int depth = 0; depth < kMaxAncestors && !at.isNull(); ++depth) {
         if (at == ancestor)
             return true;
         at = nodes_.value(at).parent;
     }
     return false;
+}
+
+QList<AtspiRef> AtspiMenuReader::ancestorsOf(const AtspiRef& ref) const
+{
+    QList<AtspiRef> out;
+    for (AtspiRef at = nodes_.value(ref).parent; !at.isNull() && out.size() < kMaxAncestors && !out.contains(at);
+         at = nodes_.value(at).parent)
+        out.append(at);
+    return out;
 }
 
 QList<AtspiRef> AtspiMenuReader::windowsInOrder(const QList<AtspiRef>& windows) const
@@ -361,12 +345,18 @@ std::optional<AtspiRef> AtspiMenuReader::findMenuBarInCache(const QList<AtspiRef
     // The bulk cache links every object to its parent, so a window's menu bar
     // is found without walking down to it. When a window holds more than one
     // (LibreOffice), only the walk knows which comes first.
-    for (const AtspiRef& window : windowsInOrder(windows)) {
-        QList<AtspiRef> bars;
-        for (auto it = nodes_.begin(); it != nodes_.end(); ++it) {
-            if (it->role == AtspiRole::menuBar && descendsFrom(it->parent, window))
-                bars.append(it.key());
+    const QSet<AtspiRef> windowSet(windows.begin(), windows.end());
+    QHash<AtspiRef, QList<AtspiRef>> barsIn; // by window
+    for (auto it = nodes_.cbegin(); it != nodes_.cend(); ++it) {
+        if (it->role != AtspiRole::menuBar)
+            continue;
+        for (const AtspiRef& above : ancestorsOf(it.key())) {
+            if (windowSet.contains(above))
+                barsIn[above].append(it.key());
         }
+    }
+    for (const AtspiRef& window : windowsInOrder(windows)) {
+        const QList<AtspiRef> bars = barsIn.value(window);
         if (bars.size() == 1)
             return bars.first();
         if (bars.size() > 1)
@@ -387,28 +377,34 @@ bool isCommandButtonRole(uint role)
 std::optional<AtspiRef> AtspiMenuReader::findMenuButtonInCache(const QList<AtspiRef>& windows) const
 {
     // Of the window's toggle buttons, the one with the most command buttons
-    // below it: the main menu, whatever the language calls it.
-    for (const AtspiRef& window : windowsInOrder(windows)) {
-        QHash<AtspiRef, int> commands;
-        for (auto it = nodes_.begin(); it != nodes_.end(); ++it) {
-            if (!it->role || !isCommandButtonRole(*it->role) || it->name.trimmed().isEmpty())
-                continue;
-            // The nearest toggle button above it, within the window.
-            AtspiRef at = it->parent;
-            for (int depth = 0; depth < kMaxDepth && !at.isNull() && at != window; ++depth) {
-                const Node& above = nodes_.value(at);
-                if (above.role == AtspiRole::toggleButton) {
-                    if (descendsFrom(at, window))
-                        ++commands[at];
-                    break;
-                }
-                at = above.parent;
+    // below it: the main menu, whatever the language calls it. Each command
+    // counts for the nearest toggle button above it.
+    QHash<AtspiRef, int> commands;
+    for (auto it = nodes_.cbegin(); it != nodes_.cend(); ++it) {
+        if (!it->role || !isCommandButtonRole(*it->role) || it->name.trimmed().isEmpty())
+            continue;
+        const QList<AtspiRef> above = ancestorsOf(it.key());
+        for (int depth = 0; depth < kMaxDepth && depth < above.size(); ++depth) {
+            if (nodes_.value(above[depth]).role == AtspiRole::toggleButton) {
+                ++commands[above[depth]];
+                break;
             }
         }
+    }
+    const QSet<AtspiRef> windowSet(windows.begin(), windows.end());
+    QHash<AtspiRef, QList<AtspiRef>> buttonsIn; // by window
+    for (auto it = commands.cbegin(); it != commands.cend(); ++it) {
+        for (const AtspiRef& above : ancestorsOf(it.key())) {
+            if (windowSet.contains(above))
+                buttonsIn[above].append(it.key());
+        }
+    }
+    for (const AtspiRef& window : windowsInOrder(windows)) {
         std::optional<AtspiRef> best;
-        for (auto it = commands.begin(); it != commands.end(); ++it) {
-            if (!best || it.value() > commands.value(*best) || (it.value() == commands.value(*best) && it.key().path < best->path))
-                best = it.key();
+        for (const AtspiRef& button : buttonsIn.value(window)) {
+            const int count = commands.value(button);
+            if (!best || count > commands.value(*best) || (count == commands.value(*best) && button.path < best->path))
+                best = button;
         }
         if (best)
             return best;
@@ -416,19 +412,23 @@ std::optional<AtspiRef> AtspiMenuReader::findMenuButtonInCache(const QList<Atspi
     return std::nullopt;
 }
 
-int AtspiMenuReader::commandButtonsBelow(const AtspiRef& ref, int depth) const
+int AtspiMenuReader::commandButtonsBelow(const AtspiRef& ref) const
 {
-    if (depth > kMaxDepth)
-        return 0;
+    // Breadth first, each object once: a popover that links back into itself
+    // counts each of its buttons once.
+    QSet<AtspiRef> seen{ref};
+    QList<AtspiRef> level{ref};
     int count = 0;
-    for (const AtspiRef& child : nodes_.value(ref).children) {
-        const Node& node = nodes_.value(child);
-        if (node.role && isCommandButtonRole(*node.role) && !node.name.trimmed().isEmpty())
-            ++count;
-        else
-            count += commandButtonsBelow(child, depth + 1);
-        if (count > kMaxNodes)
-            break;
+    for (int depth = 0; depth <= kMaxDepth && !level.isEmpty(); ++depth) {
+        QList<AtspiRef> next;
+        for (const AtspiRef& child : unseenChildren(level, seen)) {
+            const Node& node = nodes_.value(child);
+            if (node.role && isCommandButtonRole(*node.role) && !node.name.trimmed().isEmpty())
+                ++count;
+            else
+                next.append(child);
+        }
+        level = next;
     }
     return count;
 }
@@ -439,8 +439,9 @@ QList<AtspiRef> AtspiMenuReader::commandHolders(const AtspiRef& button) const
     // name it as their parent without being among its children (GTK 3).
     QList<AtspiRef> linked;
     const QList<AtspiRef> children = nodes_.value(button).children;
-    for (auto it = nodes_.begin(); it != nodes_.end(); ++it) {
-        if (it->parent == button && it.key() != button && !children.contains(it.key()))
+    const QSet<AtspiRef> held(children.begin(), children.end());
+    for (auto it = nodes_.cbegin(); it != nodes_.cend(); ++it) {
+        if (it->parent == button && it.key() != button && !held.contains(it.key()))
             linked.append(it.key());
     }
     std::sort(linked.begin(), linked.end(), [](const AtspiRef& a, const AtspiRef& b) {
@@ -484,7 +485,7 @@ std::optional<AtspiRef> AtspiMenuReader::pickMenuButton()
                 complete_ = false;
                 return best;
             }
-            commands += commandButtonsBelow(holder, 0);
+            commands += commandButtonsBelow(holder);
         }
         if (commands > most) {
             most = commands;
@@ -551,30 +552,31 @@ bool AtspiMenuReader::prefetchFromCache(const AtspiRef& menuBar)
     // Everything below the menu bar that the cache knows, in one round: the
     // order of each menu's children and every item's key binding.
     QList<AtspiRef> below;
-    for (auto it = nodes_.begin(); it != nodes_.end(); ++it) {
+    for (auto it = nodes_.cbegin(); it != nodes_.cend(); ++it) {
         if (!it->parent.isNull() && descendsFrom(it.key(), menuBar) && !hidden(*it))
             below.append(it.key());
     }
     return below.isEmpty() || fetch(below, wantChildren | wantKeyBinding);
 }
 
-bool AtspiMenuReader::fetchSubtree(const AtspiRef& menuBar)
+bool AtspiMenuReader::fetchSubtree(const AtspiRef& top)
 {
-    QList<AtspiRef> level{menuBar};
+    QSet<AtspiRef> seen{top};
+    QList<AtspiRef> level{top};
     for (int depth = 0; depth < kMaxDepth && !level.isEmpty(); ++depth) {
         if (!fetch(level, wantChildren | wantInfo | wantKeyBinding))
             return false;
         QList<AtspiRef> next;
-        for (const AtspiRef& ref : level) {
-            for (const AtspiRef& child : nodes_.value(ref).children) {
-                const Node& known = nodes_[child];
+        for (const AtspiRef& child : unseenChildren(level, seen)) {
+            const auto known = nodes_.constFind(child);
+            if (known != nodes_.cend()) {
                 // Separators and hidden items need no further calls.
-                if (known.role && (*known.role == AtspiRole::separator || *known.role == AtspiRole::tearoffMenuItem))
+                if (known->role && (*known->role == AtspiRole::separator || *known->role == AtspiRole::tearoffMenuItem))
                     continue;
-                if (known.states && hidden(known))
+                if (known->states && hidden(*known))
                     continue;
-                next.append(child);
             }
+            next.append(child);
         }
         level = next;
     }
@@ -589,17 +591,16 @@ void AtspiMenuReader::settleVisibility(const AtspiRef& menuBar)
     // fetch would make anyway.
     if (!fetch({menuBar}, wantChildren | wantInfo))
         return;
-    const QList<AtspiRef> entries = nodes_.value(menuBar).children;
+    QSet<AtspiRef> seen{menuBar};
+    const QList<AtspiRef> entries = unseenChildren({menuBar}, seen);
     if (!fetch(entries, wantChildren | wantInfo))
         return;
-    QList<AtspiRef> items;
-    for (const AtspiRef& entry : entries)
-        items += nodes_.value(entry).children;
+    const QList<AtspiRef> items = unseenChildren(entries, seen);
     if (!fetch(items, wantInfo))
         return;
     bool any = false;
     for (const AtspiRef& ref : items) {
-        const Node& node = nodes_[ref];
+        const Node node = nodes_.value(ref);
         if (!node.role || !isItemRole(*node.role) || !node.states)
             continue;
         if (AtspiState::has(*node.states, AtspiState::visible))

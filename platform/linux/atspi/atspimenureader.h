@@ -1,29 +1,43 @@
 #pragma once
 
 #include "platform/accessibilityelement.h"
-#include "platform/linux/atspi/atspibus.h"
+#include "platform/clock.h"
+#include "platform/linux/atspi/atspiobjects.h"
 #include "platform/linux/atspi/keybinding.h"
 
-#include <QDBusArgument>
 #include <QHash>
 #include <QSet>
 
-// Reads an application's menu bar over AT-SPI in a few pipelined rounds of
-// asynchronous calls (plus the toolkit's bulk cache where it has one) and
-// returns it as a tree of elements, so that walking it costs no more calls.
+// Reads an application's menu bar in a few rounds of questions asked all at
+// once (plus the toolkit's bulk cache where it has one) and returns it as a
+// tree of elements, so that walking it costs no more calls.
+//
+// The application decides everything the reader learns, so every walk visits
+// each object once, takes a bounded number of children from each, and the
+// whole reading has a budget of questions and of time: an application whose
+// objects hold themselves, or that answers slowly, gets a reading that is
+// marked incomplete rather than one that never ends.
 class AtspiMenuReader {
 public:
-    explicit AtspiMenuReader(AtspiBus& bus);
+    // Per reading: questions asked, and seconds from its start.
+    static constexpr int kMaxQuestions = 25000;
+    static constexpr double kMaxSeconds = 10.0;
+
+    explicit AtspiMenuReader(AtspiObjects& objects, const Clock& clock = Clock::monotonic());
 
     // The menu bar of the application's frame titled `windowTitle` (else its
     // active frame, else its first frame with one), or nothing. Stops at the
-    // first call the application leaves unanswered; the menu bar says whether
-    // the reading is complete.
+    // first call the application leaves unanswered, or at the budget; the
+    // menu bar says whether the reading is complete.
     AccessibilityElementRef readMenuBar(const AtspiRef& application, qint32 pid, const QString& toolkit,
                                         const QString& windowTitle = {});
 
     // Whether the last reading found a real menu bar, not a menu button standing in.
     bool foundMenuBar() const { return foundMenuBar_; }
+    // Whether it got all it asked for, within its budget.
+    bool complete() const { return complete_; }
+    // Questions the last reading asked.
+    int questionsAsked() const { return asked_; }
 
     // Raw facts about one object, as fetched.
     struct Node {
@@ -38,24 +52,8 @@ public:
         bool keyBindingRead = false;
     };
 
-    // One object of a bulk-cache reply (Cache.GetItems), in either layout.
-    struct CacheItem {
-        AtspiRef ref;
-        AtspiRef parent;
-        std::optional<QList<AtspiRef>> children; // the layout with child lists
-        int childCount = -1;                     // the layout with counts (GTK: −1 for menus)
-        QString name;
-        uint role = 0;
-        QList<uint> states;
-    };
-
-    // The steps that work only on what was fetched, open to tests and fuzzing:
-    // what the other application sends decides all of their input.
-    // The objects of a bulk-cache reply; nothing when it is not one.
-    static std::optional<QList<CacheItem>> readCacheItems(const QDBusArgument& reply);
-    // Takes a bulk-cache reply; false when it is not one.
-    bool takeCacheItems(const QDBusArgument& reply);
-    void takeCacheItems(const QList<CacheItem>& items);
+    // The steps that work only on what was fetched, open to tests and fuzzing.
+    void takeCacheItems(const QList<AtspiCacheItem>& items);
     // The window's menu bar as far as the bulk cache tells.
     std::optional<AtspiRef> findMenuBarInCache(const QList<AtspiRef>& windows) const;
     // Where a window has no menu bar: the menu button whose popover holds its
@@ -79,16 +77,21 @@ private:
     QList<AtspiRef> windowsInOrder(const QList<AtspiRef>& windows) const;
     bool prefetchFromCache(const AtspiRef& menuBar);
     bool descendsFrom(const AtspiRef& ref, const AtspiRef& ancestor) const;
+    // The objects above `ref` (its parent first), each once.
+    QList<AtspiRef> ancestorsOf(const AtspiRef& ref) const;
     // Of the toggle buttons the walk met, the one with the most command
     // buttons below it, once their subtrees are fetched.
     std::optional<AtspiRef> pickMenuButton();
-    int commandButtonsBelow(const AtspiRef& ref, int depth) const;
+    int commandButtonsBelow(const AtspiRef& ref) const;
     // Where a menu button's commands are: below it, and in the popovers linked to it.
     QList<AtspiRef> commandHolders(const AtspiRef& button) const;
-    bool fetchSubtree(const AtspiRef& menuBar);
-    // One round of calls, all in flight at once, for what is not yet known of
-    // `refs`; false when the application stopped answering.
+    bool fetchSubtree(const AtspiRef& top);
+    // The children of `refs` that `seen` does not hold yet, in order; adds them to it.
+    QList<AtspiRef> unseenChildren(const QList<AtspiRef>& refs, QSet<AtspiRef>& seen) const;
+    // One round of questions, all asked at once, for what is not yet known of
+    // `refs`; false when the application stopped answering or the budget ran out.
     bool fetch(const QList<AtspiRef>& refs, int want);
+    void take(Node& node, AtspiObjects::Question question, const AtspiObjects::Value& value);
 
     QList<AccessibilityElementRef> makeMenuChildren(const QList<AtspiRef>& children, qint32 pid, int depth) const;
     void collectButtons(const QList<AtspiRef>& children, qint32 pid, int depth, QList<AccessibilityElementRef>& out) const;
@@ -99,14 +102,18 @@ private:
     // its name after a tab (`named`, as split), else in a label among its children.
     std::optional<MenuKeyEquivalent> drawnShortcut(const Node& item, const NameAndShortcut& named) const;
 
-    AtspiBus& bus_;
+    AtspiObjects& objects_;
+    const Clock& clock_;
     QHash<AtspiRef, Node> nodes_;
     bool honourVisible_ = true;
     QString windowTitle_;
     QList<AtspiRef> toggleButtons_; // met while looking for a menu bar, in window order
     QList<AtspiRef> popovers_;      // panels among a window's own children, in window order
     bool complete_ = true;
+    bool stopped_ = false; // the application stopped answering, or the budget ran out
     bool foundMenuBar_ = false;
+    int asked_ = 0;
+    double startedAt_ = 0;
     double readAt_ = 0;
     mutable QSet<AtspiRef> inTree_;
 };

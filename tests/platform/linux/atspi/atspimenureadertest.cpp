@@ -1,7 +1,9 @@
 #include "platform/accessibility.h"
+#include "platform/linux/atspi/atspibusobjects.h"
 #include "platform/linux/atspi/atspielement.h"
 #include "platform/linux/atspi/atspimenureader.h"
 #include "support/atspicacheitems.h"
+#include "support/atspiobjecttable.h"
 #include "support/dbusroundtrip.h"
 
 #include <gtest/gtest.h>
@@ -50,7 +52,12 @@ QStringList titles(const AccessibilityElementRef& element, bool keys = false, co
 bool feed(AtspiMenuReader& reader, DBusRoundTrip& wire, const QList<ItemWithChildren>& items)
 {
     const std::optional<QVariant> reply = wire.received(QVariant::fromValue(items));
-    return reply && reply->canConvert<QDBusArgument>() && reader.takeCacheItems(reply->value<QDBusArgument>());
+    if (!reply || !reply->canConvert<QDBusArgument>())
+        return false;
+    const auto taken = AtspiBusObjects::readCacheItems(reply->value<QDBusArgument>());
+    if (taken)
+        reader.takeCacheItems(*taken);
+    return taken.has_value();
 }
 
 // A bulk-cache reply as GTK sends it, with the links a broken or hostile
@@ -70,8 +77,8 @@ TEST(AtspiMenuReader, ABulkCacheReplyBecomesATreeWithEveryObjectOnce)
         item(7, 7, menuItem, "Undo"),        // its own parent
     };
     DBusRoundTrip wire;
-    AtspiBus bus;
-    AtspiMenuReader reader(bus);
+    AtspiObjectTable table;
+    AtspiMenuReader reader(table);
     ASSERT_TRUE(feed(reader, wire, items));
     EXPECT_EQ(reader.nodes().size(), 7);
     const std::optional<AtspiRef> bar = reader.findMenuBarInCache({AtspiRef{":1.7", "/o/1"}});
@@ -81,9 +88,7 @@ TEST(AtspiMenuReader, ABulkCacheReplyBecomesATreeWithEveryObjectOnce)
     // Not a cache reply at all: refused, nothing taken.
     const std::optional<QVariant> other = wire.received(QVariant::fromValue(QList<CacheRef>{object(1), object(2)}));
     ASSERT_TRUE(other && other->canConvert<QDBusArgument>());
-    AtspiMenuReader second(bus);
-    EXPECT_FALSE(second.takeCacheItems(other->value<QDBusArgument>()));
-    EXPECT_TRUE(second.nodes().isEmpty());
+    EXPECT_FALSE(AtspiBusObjects::readCacheItems(other->value<QDBusArgument>()));
 }
 
 // An item not marked visible is one the application hides, unless no item of
@@ -117,8 +122,8 @@ TEST(AtspiMenuReader, InvisibleItemsAreLeftOutOnlyWhereSomeItemIsVisible)
         items[5].states = {c.checkOut, 0};
         items[6].states = {c.undo, 0};
         DBusRoundTrip wire;
-        AtspiBus bus;
-        AtspiMenuReader reader(bus);
+        AtspiObjectTable table;
+        AtspiMenuReader reader(table);
         ASSERT_TRUE(feed(reader, wire, items));
         const AtspiRef bar{":1.7", "/o/2"};
         reader.settleVisibility(bar);
@@ -147,8 +152,8 @@ TEST(AtspiMenuReader, ShortcutsDrawnInTheItemsTextAreRead)
         item(22, 20, pushButton, "Find…\tCtrl+F"),
     };
     DBusRoundTrip wire;
-    AtspiBus bus;
-    AtspiMenuReader reader(bus);
+    AtspiObjectTable table;
+    AtspiMenuReader reader(table);
     ASSERT_TRUE(feed(reader, wire, items));
     const auto ref = [](int id) { return AtspiRef{":1.7", QStringLiteral("/o/%1").arg(id)}; };
     reader.nodes()[ref(4)].keyBinding = "o;<Alt>f:o;";
@@ -183,8 +188,8 @@ TEST(AtspiMenuReader, TheMenuButtonWithTheMostCommandsStandsInForTheMenuBar)
     };
     items[6].states = {1u << AtspiState::visible, 0}; // insensitive: listed, not enabled
     DBusRoundTrip wire;
-    AtspiBus bus;
-    AtspiMenuReader reader(bus);
+    AtspiObjectTable table;
+    AtspiMenuReader reader(table);
     ASSERT_TRUE(feed(reader, wire, items));
     const QList<AtspiRef> windows{AtspiRef{":1.7", "/o/1"}};
     EXPECT_FALSE(reader.findMenuBarInCache(windows));
@@ -196,6 +201,143 @@ TEST(AtspiMenuReader, TheMenuButtonWithTheMostCommandsStandsInForTheMenuBar)
     const auto* wrap = dynamic_cast<const AtspiElement*>(
         dynamic_cast<const AtspiElement*>(entry->children[0].get())->children[2].get());
     EXPECT_FALSE(wrap->enabled);
+}
+
+// An application as the reader meets it when it has no bulk cache (Qt, or a
+// stand-in): every fact asked for object by object. Objects are named by
+// their path; the application's root is "/".
+struct LiveApplication {
+    AtspiObjectTable table;
+
+    static AtspiRef ref(const QString& path) { return {QStringLiteral(":1.9"), path}; }
+    void add(const QString& path, uint role, const QString& name, const QStringList& children = {},
+             const QString& keyBinding = {})
+    {
+        AtspiObjectTable::Object object;
+        object.role = role;
+        object.name = name;
+        object.states = (1u << AtspiState::sensitive) | (1u << AtspiState::visible);
+        for (const QString& child : children)
+            object.children.append(ref(child));
+        object.keyBinding = keyBinding;
+        table.objects.insert(ref(path), object);
+    }
+    // A GTK-shaped window with File (Open, Save) and Help (About).
+    LiveApplication()
+    {
+        using namespace AtspiRole;
+        add("/", application, "Stand-in", {"/frame"});
+        add("/frame", frame, "Letter", {"/bar"});
+        add("/bar", menuBar, "", {"/file", "/help"});
+        add("/file", menu, "File", {"/open", "/save"});
+        add("/open", menuItem, "Open", {}, "o;<Alt>f:o;<Primary>o");
+        add("/save", menuItem, "Save");
+        add("/help", menu, "Help", {"/about"});
+        add("/about", menuItem, "About");
+    }
+};
+
+// Applications whose objects hold themselves: every object is visited once,
+// the reading ends, and what it read is the menu as it would be without the
+// extra links.
+TEST(AtspiMenuReader, ObjectsThatHoldThemselvesAreVisitedOnce)
+{
+    using namespace AtspiRole;
+    LiveApplication app;
+    // Each menu, item and container holds itself three times besides its real children.
+    for (const QString path : {"/frame", "/bar", "/file", "/open", "/help"}) {
+        auto& children = app.table.objects[LiveApplication::ref(path)].children;
+        const AtspiRef self = LiveApplication::ref(path);
+        children = QList<AtspiRef>{self, self, self} + children;
+    }
+    AtspiMenuReader reader(app.table);
+    const AccessibilityElementRef bar = reader.readMenuBar(LiveApplication::ref("/"), 1, "GTK");
+    ASSERT_TRUE(bar);
+    EXPECT_EQ(titles(bar), (QStringList{"/File/Open", "/File/Save", "/Help/About"}));
+    EXPECT_TRUE(reader.complete());
+    // Each object is asked about once: 8 objects, a handful of facts each.
+    EXPECT_LE(reader.questionsAsked(), 8 * 6);
+}
+
+// A popover that links back into itself, in a window without a menu bar:
+// its buttons are counted and listed once each.
+TEST(AtspiMenuReader, APopoverThatHoldsItselfListsEachCommandOnce)
+{
+    using namespace AtspiRole;
+    LiveApplication app;
+    app.add("/frame", frame, "Letter", {"/header"});
+    app.add("/header", panel, "", {"/header", "/menu", "/header"});
+    app.add("/menu", toggleButton, "Menu", {"/popover"});
+    app.add("/popover", panel, "", {"/popover", "/new", "/popover", "/close", "/menu"});
+    app.add("/new", pushButton, "New Window");
+    app.add("/close", pushButton, "Close");
+    AtspiMenuReader reader(app.table);
+    const AccessibilityElementRef menu = reader.readMenuBar(LiveApplication::ref("/"), 1, "GTK");
+    ASSERT_TRUE(menu);
+    EXPECT_FALSE(reader.foundMenuBar());
+    EXPECT_EQ(titles(menu), (QStringList{"/Menu/New Window", "/Menu/Close"}));
+    EXPECT_TRUE(reader.complete());
+}
+
+// Menus of tens of thousands of items, each an object of its own: each menu
+// gives at most the children any menu could have, and the reading as a whole
+// stops at its budget of questions, shown but marked incomplete.
+TEST(AtspiMenuReader, HugeMenusAreCutAndTheReadingKeepsToItsBudget)
+{
+    using namespace AtspiRole;
+    LiveApplication app;
+    QStringList menus;
+    for (int m = 0; m < 4; ++m) {
+        QStringList items;
+        for (int i = 0; i < 2500; ++i) {
+            const QString path = QStringLiteral("/m%1/i%2").arg(m).arg(i);
+            app.add(path, menuItem, QStringLiteral("Item %1").arg(i));
+            items.append(path);
+        }
+        app.add(QStringLiteral("/m%1").arg(m), menu, QStringLiteral("Menu %1").arg(m), items);
+        menus.append(QStringLiteral("/m%1").arg(m));
+    }
+    app.add("/bar", menuBar, "", menus);
+    AtspiMenuReader reader(app.table);
+    const AccessibilityElementRef bar = reader.readMenuBar(LiveApplication::ref("/"), 1, "GTK");
+    ASSERT_TRUE(bar);
+    EXPECT_FALSE(reader.complete());
+    EXPECT_LE(app.table.questions, AtspiMenuReader::kMaxQuestions + 1);
+    const QStringList read = titles(bar);
+    EXPECT_GT(read.size(), 1000);
+    EXPECT_TRUE(read.contains("/Menu 0/Item 1999"));
+    EXPECT_FALSE(read.contains("/Menu 0/Item 2000")); // past what one menu may hold
+}
+
+// An application that answers, but slowly: the reading stops at its time
+// budget with what it has, marked incomplete.
+TEST(AtspiMenuReader, ASlowApplicationIsReadUntilTheTimeBudget)
+{
+    LiveApplication app;
+    FakeClock clock;
+    app.table.clock = &clock;
+    app.table.secondsPerRound = AtspiMenuReader::kMaxSeconds / 3;
+    AtspiMenuReader reader(app.table, clock);
+    reader.readMenuBar(LiveApplication::ref("/"), 1, "GTK");
+    EXPECT_FALSE(reader.complete());
+    EXPECT_LE(app.table.rounds, 4);
+
+    // The same application answering at once is read whole.
+    app.table.secondsPerRound = 0;
+    const AccessibilityElementRef bar = reader.readMenuBar(LiveApplication::ref("/"), 1, "GTK");
+    EXPECT_TRUE(reader.complete());
+    EXPECT_EQ(titles(bar), (QStringList{"/File/Open", "/File/Save", "/Help/About"}));
+}
+
+// An application that stops answering half-way: nothing more is asked of it.
+TEST(AtspiMenuReader, AnApplicationThatStopsAnsweringIsAskedNoMore)
+{
+    LiveApplication app;
+    app.table.silentFromRound = 3;
+    AtspiMenuReader reader(app.table);
+    reader.readMenuBar(LiveApplication::ref("/"), 1, "GTK");
+    EXPECT_FALSE(reader.complete());
+    EXPECT_EQ(app.table.rounds, 4);
 }
 
 } // namespace
