@@ -121,26 +121,29 @@ std::optional<QHash<QString, GtkMenuModel::ActionState>> GtkMenuModel::readDescr
 QList<ExportedMenuNode> GtkMenuModel::tree(const QHash<QString, ActionState>& actions,
                                            const QHash<QString, std::pair<QString, QString>>& addresses) const
 {
-    QSet<std::pair<uint, uint>> open;
+    QSet<std::pair<uint, uint>> visited;
     int budget = kMaxItems;
-    return menu({0, 0}, 0, open, actions, addresses, budget);
+    return menu({0, 0}, 0, visited, actions, addresses, budget);
 }
 
-QList<ExportedMenuNode> GtkMenuModel::menu(std::pair<uint, uint> which, int depth, QSet<std::pair<uint, uint>>& open,
+QList<ExportedMenuNode> GtkMenuModel::menu(std::pair<uint, uint> which, int depth, QSet<std::pair<uint, uint>>& visited,
                                            const QHash<QString, ActionState>& actions,
                                            const QHash<QString, std::pair<QString, QString>>& addresses,
                                            int& budget) const
 {
     QList<ExportedMenuNode> out;
-    // A menu that holds itself, however indirectly, is cut where it recurs.
-    if (depth > kMaxDepth || open.contains(which) || !menus_.contains(which))
+    // Each menu is taken once per reading, where it is first linked: a menu
+    // that holds itself, or one linked from many places, costs no more than
+    // its own items.
+    if (depth > kMaxDepth || visited.contains(which) || !menus_.contains(which))
         return out;
-    open.insert(which);
+    visited.insert(which);
     for (const Item& item : menus_.value(which)) {
-        if (budget <= 0)
+        // Every entry looked at is charged, shown or not.
+        if (--budget < 0)
             break;
         if (item.section) { // a section is part of the menu it sits in
-            out += menu(*item.section, depth + 1, open, actions, addresses, budget);
+            out += menu(*item.section, depth + 1, visited, actions, addresses, budget);
             continue;
         }
         ExportedMenuNode node;
@@ -149,8 +152,7 @@ QList<ExportedMenuNode> GtkMenuModel::menu(std::pair<uint, uint> which, int dept
             continue;
         if (item.submenu) {
             node.isSubmenu = true;
-            node.children = menu(*item.submenu, depth + 1, open, actions, addresses, budget);
-            --budget;
+            node.children = menu(*item.submenu, depth + 1, visited, actions, addresses, budget);
             out.append(node);
             continue;
         }
@@ -170,9 +172,7 @@ QList<ExportedMenuNode> GtkMenuModel::menu(std::pair<uint, uint> which, int dept
         node.key = translateGtkAccelerator(item.accel);
         const auto [service, path] = addresses.value(prefix);
         node.press = ExportedPress{ExportedPress::Kind::gtkAction, service, path, item.action.mid(dot + 1), item.target, 0};
-        --budget;
         out.append(node);
     }
-    open.remove(which);
     return out;
 }

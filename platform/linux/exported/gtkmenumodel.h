@@ -41,7 +41,7 @@ public:
     static std::optional<QHash<QString, ActionState>> readDescribeAll(const QDBusArgument& reply);
 
 private:
-    QList<ExportedMenuNode> menu(std::pair<uint, uint> which, int depth, QSet<std::pair<uint, uint>>& open,
+    QList<ExportedMenuNode> menu(std::pair<uint, uint> which, int depth, QSet<std::pair<uint, uint>>& visited,
                                  const QHash<QString, ActionState>& actions,
                                  const QHash<QString, std::pair<QString, QString>>& addresses, int& budget) const;
 

@@ -149,6 +149,37 @@ TEST(GtkMenuModel, LoopsDanglingLinksAndFloodsStayBounded)
     EXPECT_FALSE(other.take(notMenus->value<QDBusArgument>()));
 }
 
+// Menus linked from many places: fifteen menus, each holding the next as
+// ten sections and one item of its own. Taken once per reading, each gives its
+// item once, however many links lead to it; sections and unlabelled entries
+// are charged like any other, so the reading ends at once.
+TEST(GtkMenuModel, AMenuLinkedFromManyPlacesIsTakenOnce)
+{
+    GtkMenuModel model;
+    GtkMenuModel::Item unlabelled;
+    unlabelled.action = "app.run";
+    model.take(0, 0, {[] { GtkMenuModel::Item top; top.label = "Top"; top.submenu = std::pair{1u, 0u}; return top; }()});
+    for (uint m = 1; m <= 15; ++m) {
+        QList<GtkMenuModel::Item> items;
+        for (int s = 0; s < 10 && m < 15; ++s) {
+            GtkMenuModel::Item section;
+            section.section = std::pair{m + 1, 0u};
+            items.append(section);
+            items.append(unlabelled);
+        }
+        GtkMenuModel::Item own;
+        own.label = QStringLiteral("Item %1").arg(m);
+        own.action = "app.run";
+        items.append(own);
+        model.take(m, 0, items);
+    }
+    const QList<ExportedMenuNode> tree = model.tree({{"app.run", {true}}}, kAddresses);
+    QStringList expected;
+    for (int m = 15; m >= 1; --m)
+        expected << QStringLiteral("Top/Item %1").arg(m);
+    EXPECT_EQ(paths(tree), expected);
+}
+
 DbusmenuItem dbusmenuItem(int id, const QString& label, QVariantMap more = {}, QList<DbusmenuItem> children = {})
 {
     more.insert("label", label);
