@@ -105,3 +105,25 @@ TEST_F(HostileApplication, MenusThatHoldThemselvesOrNeverEndAreReadAsFarAsTheyGo
 }
 
 } // namespace
+
+namespace {
+
+// The connection an application offered for presses goes when the
+// application leaves the bus, instead of staying open for good.
+TEST_F(HostileApplication, AnApplicationsOwnConnectionGoesWithIt)
+{
+    QProcess standIn;
+    standIn.start(QStringLiteral(ATSPI_STANDIN_PATH), {"--name", "standin", "--log", log(), "--own-bus"});
+    ASSERT_TRUE(standIn.waitForStarted());
+    ReportingProcess probe(QStringLiteral(TRUST_PROBE_PATH), {"--press", "standin", "File → Save"});
+    EXPECT_TRUE(probe.reports([](const QJsonObject& s) { return s["peers"] == 1; }));
+    EXPECT_TRUE(eventually([&] { return presses().contains("pressed Save via peer"); })) << presses().toStdString();
+
+    standIn.terminate();
+    ASSERT_TRUE(standIn.waitForFinished());
+    EXPECT_TRUE(probe.reports([](const QJsonObject& s) {
+        return s["peers"] == 0 && !s["apps"].toArray().contains(QStringLiteral("standin"));
+    }));
+}
+
+} // namespace

@@ -14,7 +14,10 @@
 #include <QDBusServiceWatcher>
 #include <QDBusVariant>
 #include <QProcess>
+#include <QSet>
 #include <QStandardPaths>
+
+#include <algorithm>
 
 namespace {
 
@@ -47,6 +50,7 @@ AtspiAccessibility::AtspiAccessibility(WindowDirectory& windows, bool watchFocus
     // Readings of frozen applications each hold a thread for a time-out; the
     // few jobs here are short, so a handful of threads never queue behind them.
     pool_.setMaxThreadCount(4);
+    QObject::connect(&applications_, &AtspiApplications::changed, &context_, [this] { dropPeersOfGoneApplications(); });
     checkTrustSoon();
 }
 
@@ -267,6 +271,29 @@ QDBusConnection AtspiAccessibility::pressConnection(const AtspiRef& application,
     peers_.insert(application.bus, connection);
     peer = connection.has_value();
     return connection ? *connection : bus_.connection();
+}
+
+void AtspiAccessibility::dropPeersOfGoneApplications()
+{
+    QSet<QString> present;
+    for (const ApplicationInfo& info : applications_.all())
+        present.insert(info.root.bus);
+    std::lock_guard lock(peersMutex_);
+    for (auto it = peers_.begin(); it != peers_.end();) {
+        if (present.contains(it.key())) {
+            ++it;
+            continue;
+        }
+        if (it.value())
+            QDBusConnection::disconnectFromPeer(it.value()->name());
+        it = peers_.erase(it);
+    }
+}
+
+qsizetype AtspiAccessibility::peerCount() const
+{
+    std::lock_guard lock(peersMutex_);
+    return std::count_if(peers_.cbegin(), peers_.cend(), [](const auto& peer) { return peer.has_value(); });
 }
 
 AccessibilityError AtspiAccessibility::performAction(const AccessibilityElementRef& element, const QString& action)

@@ -60,6 +60,9 @@ public:
     // The trust check itself; waits on the bus, so it runs on the pool.
     bool checkTrust();
 
+    // Connections of applications' own kept open for presses.
+    qsizetype peerCount() const;
+
 private:
     // The window's menu bar; where it has none, the one its application
     // exports on the session bus, and a menu button's commands.
@@ -70,6 +73,8 @@ private:
     void trustAnswered(bool trusted, int busGeneration);
     void watchBusOwner();
     QDBusConnection pressConnection(const AtspiRef& application, bool& peer);
+    // An application that left the bus takes its connection along.
+    void dropPeersOfGoneApplications();
 
     WindowDirectory& windows_;
     AtspiBus bus_;
@@ -85,6 +90,6 @@ private:
     std::unique_ptr<QDBusServiceWatcher> busWatcher_;
     std::unique_ptr<AtspiFocusWatch> focusWatch_;
 
-    std::mutex peersMutex_;
+    mutable std::mutex peersMutex_;
     QHash<QString, std::optional<QDBusConnection>> peers_; // by application bus name
 };
