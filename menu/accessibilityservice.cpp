@@ -32,7 +32,17 @@ void AccessibilityService::readMenuItems(const std::optional<RunningApplication>
                                          std::function<void(const QList<MenuItem>&)> done)
 {
     QPointer<QObject> receiver(context);
-    CrossThread::start(pool_, [this, target, receiver, done = std::move(done)] {
+    // The front application is known on the caller's thread (it follows the
+    // desktop's announcements there); the worker only reads.
+    const std::optional<RunningApplication> resolved = target ? target : accessibility_.frontmostApplication();
+    if (!resolved) {
+        CrossThread::post(&deliveries_, [receiver, done = std::move(done)] {
+            if (receiver && done)
+                done({});
+        });
+        return;
+    }
+    CrossThread::start(pool_, [this, target = resolved, receiver, done = std::move(done)] {
         QList<MenuItem> items = getMenuItems(target);
         CrossThread::post(&deliveries_, [receiver, done, items = std::move(items)] {
             if (receiver && done)

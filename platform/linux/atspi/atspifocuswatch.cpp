@@ -55,7 +55,7 @@ void AtspiFocusWatch::announced(const QString& sender, bool focusGained)
     if (!focusGained || sender.isEmpty())
         return;
     if (const auto known = pids_.constFind(sender); known != pids_.cend()) {
-        setFocused(*known);
+        focusMovedTo(*known);
         return;
     }
     // Who sent it, from the bus daemon, which is never an application that hangs.
@@ -70,15 +70,21 @@ void AtspiFocusWatch::announced(const QString& sender, bool focusGained)
         if (pids_.size() > 4096) // names of connections long closed
             pids_.clear();
         pids_.insert(sender, pid);
-        setFocused(pid);
+        focusMovedTo(pid);
     });
 }
 
-void AtspiFocusWatch::setFocused(qint32 pid)
+std::optional<qint32> AtspiFocusWatch::focusedProcess() const
+{
+    const qint32 pid = focused_.load();
+    return pid > 0 ? std::optional(pid) : std::nullopt;
+}
+
+void AtspiFocusWatch::focusMovedTo(qint32 pid)
 {
     // Kestrio's own panel takes the focus too; the target stays the application before it.
-    if (pid == QCoreApplication::applicationPid() || focused_ == pid)
+    if (pid <= 0 || pid == QCoreApplication::applicationPid() || focused_.load() == pid)
         return;
-    focused_ = pid;
+    focused_.store(pid);
     emit focusChanged();
 }

@@ -5,6 +5,7 @@
 #include <QHash>
 #include <QObject>
 
+#include <atomic>
 #include <optional>
 
 // The application the user works in, as the accessibility bus tells it:
@@ -20,12 +21,15 @@ public:
 
     // Listens on the bus's current connection; call again when it changes.
     void listen();
-    // The process that last took the focus, other than this one.
-    std::optional<qint32> focusedProcess() const { return focused_; }
+    // The process that last took the focus, other than this one. Safe to ask
+    // from any thread (readings ask from their workers).
+    std::optional<qint32> focusedProcess() const;
 
     // A focus announcement from `sender` (a unique bus name); `focusGained`
     // tells a gain from a loss, which changes nothing.
     void announced(const QString& sender, bool focusGained);
+    // The process behind an announcement, once known.
+    void focusMovedTo(qint32 pid);
 
 signals:
     void focusChanged();
@@ -35,10 +39,8 @@ private slots:
     void windowActivated(const QDBusMessage& message);
 
 private:
-    void setFocused(qint32 pid);
-
     AtspiBus& bus_;
     int listeningTo_ = -1;
-    std::optional<qint32> focused_;
+    std::atomic<qint32> focused_ = 0; // 0: none yet; written on the UI thread only
     QHash<QString, qint32> pids_; // by unique bus name, as the bus daemon answered
 };
