@@ -22,9 +22,11 @@ AccessibilityService::AccessibilityService(Accessibility& accessibility, const C
 
 AccessibilityService::~AccessibilityService()
 {
-    // What runs holds this reader: it ends (each call has a time-out) before
-    // the reader goes; what has not started yet never will.
+    // What runs holds this reader: it ends before the reader goes, stopped at
+    // its next question to the other application (each has a time-out); what
+    // has not started yet never will.
     pool_.clear();
+    accessibility_.stopReadings();
     CrossThread::waitForDone(pool_);
 }
 

@@ -83,6 +83,10 @@ public:
     virtual std::optional<RunningApplication> frontmostApplication() = 0;
     // Opens the system's accessibility settings, where it has them.
     virtual void openAccessibilitySettings() = 0;
+    // A reader is going (the program is quitting): readings under way give up
+    // at their next question to the other application, so that one that
+    // never answers cannot hold the quit up. Later readings are not touched.
+    virtual void stopReadings() {}
 
     // Leading menu-bar menus that belong to the system, not the application,
     // and are never searched.

@@ -104,6 +104,15 @@ void FakeAccessibility::announceTrust()
     }
 }
 
+void FakeAccessibility::stopReadings()
+{
+    std::lock_guard lock(mutex_);
+    for (const std::shared_ptr<FakeElement>& app : std::as_const(applications_)) {
+        if (app->frozen)
+            app->frozen->open();
+    }
+}
+
 AccessibilityElementRef FakeAccessibility::applicationElement(qint32 pid, std::optional<quint64> window)
 {
     if (auto app = application(pid, window))

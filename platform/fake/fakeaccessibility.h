@@ -87,6 +87,8 @@ public:
     void requestTrust() override { ++trustRequests; }
     std::optional<RunningApplication> frontmostApplication() override { return frontmost; }
     void openAccessibilitySettings() override { ++settingsOpened; }
+    // Frozen applications give their readings up, as the platform's do.
+    void stopReadings() override;
     int skippedLeadingMenus() const override { return leadingMenus; }
 
 private:

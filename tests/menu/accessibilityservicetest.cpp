@@ -321,6 +321,27 @@ TEST(AccessibilityServiceLifetime, GoingWhileReadingsRunIsSafe)
     EXPECT_EQ(delivered, 0);
 }
 
+// The program quits while an application that never answers is being read:
+// the reading is stopped rather than waited for, so the quit goes through
+// (the self-updater waits for it).
+TEST(AccessibilityServiceLifetime, QuittingStopsAReadingThatWouldNeverEnd)
+{
+    FakeAccessibility ax;
+    ax.leadingMenus = 0;
+    ax.addApplication(7, E::menuBar({E::barMenu("Go", {E::item("Back")})}));
+    ax.application(7)->frozen = std::make_shared<Gate>(); // never opened by the test
+    QObject receiver;
+    int delivered = 0;
+    {
+        AccessibilityService service(ax);
+        service.readMenuItems(RunningApplication{7, "Frozen", std::nullopt}, &receiver,
+                              [&](const QList<MenuItem>&) { ++delivered; });
+        QThread::msleep(50); // under way
+    }
+    QCoreApplication::processEvents();
+    EXPECT_EQ(delivered, 0);
+}
+
 TEST_F(AccessibilityServiceTest, PressesOffTheUiThreadAndRecordsOnIt)
 {
     ax.leadingMenus = 0;

@@ -219,7 +219,7 @@ AttributeRead AtspiAccessibility::copyAttributeValue(const AccessibilityElementR
 AttributeRead AtspiAccessibility::readMenuBar(const AtspiElement& application)
 {
     const std::optional<DesktopWindow> window = application.window ? windows_.window(*application.window) : std::nullopt;
-    AtspiBusObjects objects(bus_);
+    AtspiBusObjects objects(bus_, &stops_);
     AtspiMenuReader reader(objects);
     AccessibilityElementRef bar;
     // The window the user was in is found by its title.

@@ -43,6 +43,7 @@ public:
     void requestTrust() override;
     std::optional<RunningApplication> frontmostApplication() override;
     void openAccessibilitySettings() override;
+    void stopReadings() override { ++stops_; }
     int skippedLeadingMenus() const override { return 0; } // Linux menu bars hold only the application's menus
 
     using ApplicationInfo = AtspiApplications::Info;
@@ -85,6 +86,7 @@ private:
     // Trust: 1 yes, 0 no, -1 not known yet. Checked on the pool, one check at a time.
     std::atomic<int> trusted_ = -1;
     std::atomic<bool> trustCheckQueued_ = false;
+    std::atomic<int> stops_ = 0; // readings that began before a stop give up
     int knownBusGeneration_ = 0; // UI thread only, like the two below
     QList<std::pair<QPointer<QObject>, std::function<void()>>> trustWaiters_;
     std::unique_ptr<QDBusServiceWatcher> busWatcher_;

@@ -65,6 +65,8 @@ AtspiObjects::Value decode(AtspiObjects::Question question, const QDBusMessage& 
 
 QList<AtspiObjects::Answer> AtspiBusObjects::ask(const QList<Ask>& questions)
 {
+    if (stopped())
+        return QList<Answer>(questions.size(), Answer{true, {}});
     std::vector<QDBusPendingCall> calls;
     calls.reserve(size_t(questions.size()));
     for (const Ask& ask : questions) {
@@ -103,6 +105,10 @@ std::optional<QList<AtspiCacheItem>> AtspiBusObjects::cache(const AtspiRef& appl
 {
     // GTK keeps every object's role, name and state in one cache the whole
     // application answers in a single call; Qt's is empty.
+    if (stopped()) {
+        timedOut = true;
+        return std::nullopt;
+    }
     const AtspiRef cache{application.bus, QStringLiteral("/org/a11y/atspi/cache")};
     const QDBusMessage reply = bus_.callAndWait(cache, QStringLiteral("org.a11y.atspi.Cache"), QStringLiteral("GetItems"));
     timedOut = AtspiBus::timedOut(reply);
