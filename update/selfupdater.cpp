@@ -10,6 +10,7 @@
 #include "update/updatesignature.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFile>
@@ -340,8 +341,11 @@ std::optional<QString> SelfUpdater::installUpdate(const InstallRequest& request)
     const ToolResult listed = runTool(packaging.unpackProgram(), packaging.listArguments(request.archive));
     if (listed.status != 0)
         return fail(words.unpackFailedPrefix + listed.output);
-    if (const auto member = UpdateArchive::unsafeMember(listed.output.split(u'\n', Qt::SkipEmptyParts)))
-        return fail(words.unpackFailedPrefix + QStringLiteral("it holds %1, outside Kestrio.app.").arg(*member));
+    const std::optional<QList<ArchiveMember>> members = packaging.readListing(listed.bytes);
+    if (!members)
+        return fail(words.unpackFailedPrefix + QStringLiteral("its list of files cannot be read."));
+    if (const auto problem = UpdateArchive::listingProblem(*members))
+        return fail(words.unpackFailedPrefix + *problem + u'.');
 
     // Beside the installation, so that the swap is a rename on one file system.
     QString error;
@@ -395,16 +399,25 @@ std::optional<QString> SelfUpdater::installUpdate(const InstallRequest& request)
     return std::nullopt;
 }
 
-SelfUpdater::ToolResult SelfUpdater::runTool(const QString& program, const QStringList& arguments)
+SelfUpdater::ToolResult SelfUpdater::runTool(const QString& program, const QStringList& arguments, int timeLimitMs)
 {
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C"));
+    process.setProcessEnvironment(environment);
     process.start(program, arguments);
     if (!process.waitForStarted())
-        return {-1, process.errorString()};
+        return {-1, process.errorString(), {}};
     // Read as it comes, so that a talkative tool never fills the pipe and stalls.
     QByteArray output;
+    QDeadlineTimer deadline(timeLimitMs);
     while (process.state() != QProcess::NotRunning) {
+        if (deadline.hasExpired()) {
+            process.kill();
+            process.waitForFinished();
+            return {-1, QStringLiteral("%1 did not finish within %2 seconds.").arg(QFileInfo(program).fileName()).arg(timeLimitMs / 1000), output};
+        }
         process.waitForReadyRead(100);
         output += process.readAll();
     }
@@ -414,7 +427,7 @@ SelfUpdater::ToolResult SelfUpdater::runTool(const QString& program, const QStri
     if (decode.hasError())
         text.clear();
     const int status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    return {status, text};
+    return {status, text, output};
 }
 
 QString SelfUpdater::shellQuoted(const QString& text)

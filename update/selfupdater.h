@@ -61,12 +61,17 @@ public:
     void startUpdate(const QUrl& url, const QString& version);
     void cancelUpdate();
 
+    // A tool that runs longer than this is stopped: unpacking a release takes seconds.
+    static constexpr int kToolTimeLimitMs = 120000;
     struct ToolResult {
         int status = -1;
-        QString output;
+        QString output;  // for messages: empty where it is not UTF-8
+        QByteArray bytes; // as the tool wrote it
     };
-    // Runs a program to its end, reading its output as it comes. Never on the UI thread.
-    static ToolResult runTool(const QString& program, const QStringList& arguments);
+    // Runs a program to its end, or until `timeLimitMs` has passed, reading its
+    // output as it comes, in the C locale so that its words are the same
+    // everywhere. Never on the UI thread.
+    static ToolResult runTool(const QString& program, const QStringList& arguments, int timeLimitMs = kToolTimeLimitMs);
     // A word the shell reads back as exactly `text`.
     static QString shellQuoted(const QString& text);
 

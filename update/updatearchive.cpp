@@ -10,29 +10,36 @@
 
 #include <climits>
 
-namespace {
-
-bool staysInside(const QString& relative)
+bool UpdateArchive::isSafeLinkTarget(const QString& target)
 {
-    if (relative.isEmpty() || relative.startsWith(u'/'))
-        return false;
-    const QString clean = QDir::cleanPath(relative);
-    return clean != QLatin1String("..") && !clean.startsWith(QLatin1String("../"));
+    return !target.isEmpty() && !target.startsWith(u'/') && !target.split(u'/').contains(QStringLiteral(".."));
 }
 
-} // namespace
-
-std::optional<QString> UpdateArchive::unsafeMember(const QStringList& names)
+std::optional<QString> UpdateArchive::listingProblem(const QList<ArchiveMember>& members)
 {
     const QString top = QLatin1String(kTopFolder);
-    for (const QString& name : names) {
-        if (name.startsWith(u'/') || name.split(u'/').contains(QStringLiteral("..")))
-            return name;
+    for (const ArchiveMember& member : members) {
+        const QString& name = member.name;
         QString trimmed = name;
         while (trimmed.startsWith(QLatin1String("./")))
             trimmed.remove(0, 2);
-        if (trimmed != top && trimmed != top + u'/' && !trimmed.startsWith(top + u'/'))
-            return name;
+        const bool inside = !name.startsWith(u'/') && !name.split(u'/').contains(QStringLiteral(".."))
+            && (trimmed == top || trimmed == top + u'/' || trimmed.startsWith(top + u'/'));
+        if (!inside)
+            return QStringLiteral("it holds %1, outside Kestrio.app").arg(name);
+        switch (member.kind) {
+        case ArchiveMember::Kind::file:
+        case ArchiveMember::Kind::folder:
+            break;
+        case ArchiveMember::Kind::link:
+            if (!isSafeLinkTarget(member.target))
+                return QStringLiteral("the link %1 points outside its own folder").arg(name);
+            break;
+        case ArchiveMember::Kind::hardLink:
+            return QStringLiteral("%1 is a hard link").arg(name); // a second name could reach outside the tree
+        case ArchiveMember::Kind::other:
+            return QStringLiteral("%1 is not a plain file, folder or link").arg(name);
+        }
     }
     return std::nullopt;
 }
@@ -43,7 +50,6 @@ std::optional<QString> UpdateArchive::treeProblem(const QString& folder)
     const QStringList top = root.entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
     if (top != QStringList{QLatin1String(kTopFolder)})
         return QStringLiteral("the archive holds %1 beside Kestrio.app").arg(top.join(QStringLiteral(", ")));
-    const QDir bundle(root.filePath(QLatin1String(kTopFolder)));
     QDirIterator it(root.path(), QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
                     QDirIterator::Subdirectories);
     while (it.hasNext()) {
@@ -69,13 +75,8 @@ std::optional<QString> UpdateArchive::treeProblem(const QString& folder)
         const ssize_t length = ::readlink(native.constData(), raw.data(), size_t(raw.size()));
         if (length < 0)
             return QStringLiteral("%1 cannot be read").arg(name);
-        const QString link = QFile::decodeName(raw.left(length));
-        QString folderOfLink = bundle.relativeFilePath(QFileInfo(path).path());
-        if (folderOfLink == QLatin1String("."))
-            folderOfLink.clear();
-        const QString fromBundle = folderOfLink.isEmpty() ? link : folderOfLink + u'/' + link;
-        if (link.startsWith(u'/') || !staysInside(fromBundle))
-            return QStringLiteral("the link %1 points outside Kestrio.app").arg(name);
+        if (!isSafeLinkTarget(QFile::decodeName(raw.left(length))))
+            return QStringLiteral("the link %1 points outside its own folder").arg(name);
     }
     return std::nullopt;
 }

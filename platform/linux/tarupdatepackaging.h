@@ -9,6 +9,7 @@ public:
     QString archiveName() const override { return QStringLiteral("Kestrio-update.tar.gz"); }
     QString unpackProgram() const override { return QStringLiteral("/bin/tar"); }
     QStringList listArguments(const QString& archive) const override;
+    std::optional<QList<ArchiveMember>> readListing(const QByteArray& listing) const override;
     QStringList unpackArguments(const QString& archive, const QString& folder) const override;
     QString programInBundle() const override { return QStringLiteral("bin/kestrio"); }
     std::optional<QString> installedBundle() const override;

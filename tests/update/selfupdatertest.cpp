@@ -3,6 +3,7 @@
 #include "support/loopbackhttpserver.h"
 #include "support/testrelease.h"
 #include "update/selfupdater.h"
+#include "update/updatearchive.h"
 
 #include <QCryptographicHash>
 #include <QDirIterator>
@@ -10,6 +11,10 @@
 #include <QThread>
 
 #include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <iostream>
 
@@ -268,7 +273,48 @@ TEST_F(Updater, HostileInputsAreRefused)
              tree.mark(kOffered);
              return publish(tree.archive());
          },
-         unpack + "the link Kestrio.app/lib/libc.so points outside Kestrio.app."},
+         unpack + "the link Kestrio.app/lib/libc.so points outside its own folder."},
+        {"chain of links that climbs out",
+         [this] {
+             // Each link alone names a place inside; followed in turn they reach /etc/passwd.
+             ReleaseTree tree;
+             addProgram(tree, started);
+             tree.link("d/up", "..");
+             tree.link("t", "d/up/d/up/../../etc/passwd");
+             tree.mark(kOffered);
+             return publish(tree.archive());
+         },
+         unpack + "the link Kestrio.app/"},
+        {"hard link",
+         [this] {
+             ReleaseTree tree;
+             addProgram(tree, started);
+             EXPECT_EQ(::link(QFile::encodeName(tree.bundle() + "/bin/kestrio").constData(),
+                              QFile::encodeName(tree.bundle() + "/bin/again").constData()), 0);
+             tree.mark(kOffered);
+             return publish(tree.archive());
+         },
+         unpack + "Kestrio.app/bin/"},
+        {"named pipe",
+         [this] {
+             ReleaseTree tree;
+             addProgram(tree, started);
+             EXPECT_EQ(::mkfifo(QFile::encodeName(tree.bundle() + "/pipe").constData(), 0600), 0);
+             return publish(tree.archive());
+         },
+         unpack + "Kestrio.app/pipe is not a plain file, folder or link."},
+        {"member name that is not UTF-8",
+         [this] {
+             ReleaseTree tree;
+             addProgram(tree, started);
+             tree.mark(kOffered);
+             const QByteArray name = QFile::encodeName(tree.bundle()) + "/bad\xff";
+             const int file = ::creat(name.constData(), 0600);
+             EXPECT_GE(file, 0);
+             ::close(file);
+             return publish(tree.archive());
+         },
+         unpack + "its list of files cannot be read."},
         {"marker of another version",
          [this] { return publish(goodRelease("3.0.0")); },
          verify + "the archive holds version 3.0.0, not the offered 2.0.0."},
@@ -434,6 +480,48 @@ TEST_F(Updater, TheScriptQuotesEveryPathForTheShell)
     EXPECT_EQ(check.exitCode(), 0) << check.readAllStandardError().toStdString();
 }
 
+// tar's verbose listing with C-quoted names: each member's kind, name and
+// a link's target, whatever bytes the names hold; anything else is refused
+// whole rather than read as fewer members.
+TEST(TarListing, MembersWithTheirKindsAndTargets)
+{
+    using Kind = ArchiveMember::Kind;
+    const TarUpdatePackaging tar;
+    const QByteArray listing = "drwxr-xr-x 0/0               0 2026-11-25 06:01 \"Kestrio.app/\"\n"
+                               "-rw-r--r-- 0/0               2 2026-11-25 06:01 \"Kestrio.app/h -> \\\"q\\\"\"\n"
+                               "hrw-r--r-- 0/0               0 2026-11-25 06:01 \"Kestrio.app/f\" link to \"Kestrio.app/x\"\n"
+                               "prw-r--r-- 0/0               0 2026-11-25 06:01 \"Kestrio.app/p\"\n"
+                               "-rw-r--r-- 0/0               0 2026-11-25 06:01 \"Kestrio.app/caf\\303\\251\\n\\t\"\n"
+                               "lrwxrwxrwx 0/0               0 2026-11-25 06:01 \"Kestrio.app/d/up\" -> \"..\"\n";
+    EXPECT_EQ(tar.readListing(listing), (QList<ArchiveMember>{
+        {"Kestrio.app/", Kind::folder, {}},
+        {"Kestrio.app/h -> \"q\"", Kind::file, {}},
+        {"Kestrio.app/f", Kind::hardLink, "Kestrio.app/x"},
+        {"Kestrio.app/p", Kind::other, {}},
+        {QString::fromUtf8("Kestrio.app/caf\xc3\xa9\n\t"), Kind::file, {}},
+        {"Kestrio.app/d/up", Kind::link, ".."},
+    }));
+    EXPECT_EQ(tar.readListing(""), QList<ArchiveMember>{});
+    for (const QByteArray& bad : {QByteArray("-rw-r--r-- 0/0 0 2026-11-25 06:01 \"Kestrio.app/bad\\377\"\n"),   // not UTF-8
+                                 QByteArray("-rw-r--r-- 0/0 0 2026-11-25 06:01 \"Kestrio.app/open\n"),          // no closing quote
+                                 QByteArray("-rw-r--r-- 0/0 0 2026-11-25 06:01 Kestrio.app/bare\n"),             // not quoted
+                                 QByteArray("-rw-r--r-- 0/0 0 2026-11-25 06:01 \"a\" trailing\n"),                // more after the name
+                                 QByteArray("lrwxrwxrwx 0/0 0 2026-11-25 06:01 \"Kestrio.app/l\"\n"),           // a link without a target
+                                 QByteArray("-rw-r--r-- 0/0 0 2026-11-25 06:01 \"Kestrio.app/nul\\000\"\n"),  // a NUL in a name
+                                 QByteArray("-rw-r--r-- 0/0 0 2026-11-25 06:01 \"Kestrio.app/x\\q\"\n")}) {   // no such escape
+        SCOPED_TRACE(bad.toStdString());
+        EXPECT_FALSE(tar.readListing(bad));
+    }
+}
+
+TEST(UpdateArchive, LinksPointOnlyIntoTheirOwnFolder)
+{
+    for (const auto& [target, safe] : {std::pair{"kestrio", true}, std::pair{"lib/libkestrio.so.1", true},
+                                       std::pair{"./x", true}, std::pair{"..", false}, std::pair{"../lib/x", false},
+                                       std::pair{"a/../../x", false}, std::pair{"/etc/passwd", false}, std::pair{"", false}})
+        EXPECT_EQ(UpdateArchive::isSafeLinkTarget(target), safe) << target;
+}
+
 TEST(RunTool, CollectsAllOutputAndTheStatus)
 {
     const auto result = SelfUpdater::runTool("/bin/bash", {"-c", "head -c 300000 /dev/zero | tr '\\0' x; echo; echo err >&2; exit 3"});
@@ -442,6 +530,16 @@ TEST(RunTool, CollectsAllOutputAndTheStatus)
     const auto missing = SelfUpdater::runTool("/no/such/tool", {});
     EXPECT_EQ(missing.status, -1);
     EXPECT_FALSE(missing.output.isEmpty());
+    // In the C locale, whatever the user's: the tool's words are the same everywhere.
+    EXPECT_EQ(SelfUpdater::runTool("/bin/sh", {"-c", "printf %s \"$LC_ALL\""}).output, "C");
+}
+
+TEST(RunTool, AToolThatNeverEndsIsStoppedAtTheTimeLimit)
+{
+    const auto result = SelfUpdater::runTool("/bin/sh", {"-c", "echo started; exec sleep 60"}, 300);
+    EXPECT_EQ(result.status, -1);
+    EXPECT_EQ(result.output, "sh did not finish within 0 seconds.");
+    EXPECT_EQ(result.bytes, "started\n");
 }
 
 } // namespace
