@@ -112,14 +112,34 @@ std::variant<InstallMarker, QString> InstallMarker::fromJson(const QByteArray& j
     return marker;
 }
 
-std::optional<QString> InstallMarker::foreignEntry(const QString& folder) const
+namespace {
+
+QSet<QString> foldersAbove(const QStringList& files)
 {
-    const QSet<QString> listed(files.begin(), files.end());
     QSet<QString> ancestors;
     for (const QString& file : files) {
         for (qsizetype slash = file.indexOf(u'/'); slash > 0; slash = file.indexOf(u'/', slash + 1))
             ancestors.insert(file.left(slash));
     }
+    return ancestors;
+}
+
+} // namespace
+
+QStringList InstallMarker::entries() const
+{
+    const QSet<QString> ancestors = foldersAbove(files);
+    QStringList all = files + QStringList(ancestors.begin(), ancestors.end());
+    all.append(QLatin1String(kFileName));
+    all.sort();
+    all.removeDuplicates();
+    return all;
+}
+
+std::optional<QString> InstallMarker::foreignEntry(const QString& folder) const
+{
+    const QSet<QString> listed(files.begin(), files.end());
+    const QSet<QString> ancestors = foldersAbove(files);
     const QDir root(folder);
     QDirIterator it(folder, QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
                     QDirIterator::Subdirectories);

@@ -30,6 +30,9 @@ struct InstallMarker {
     QByteArray toJson() const;
     static std::variant<InstallMarker, QString> fromJson(const QByteArray& json);
 
+    // Every entry a folder it describes may hold, sorted: its files and
+    // links, the folders above them, and the marker itself.
+    QStringList entries() const;
     // The first entry under `folder` that this marker does not account for:
     // a file or link it does not list, or a folder that holds none of its files.
     std::optional<QString> foreignEntry(const QString& folder) const;

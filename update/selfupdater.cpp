@@ -18,6 +18,7 @@
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QStringDecoder>
 #include <QTemporaryDir>
@@ -377,10 +378,17 @@ std::optional<QString> SelfUpdater::installUpdate(const InstallRequest& request)
     if (!QFileInfo(QDir(bundle).filePath(packaging.programInBundle())).isExecutable())
         return fail(words.bundleMissing);
 
+    // The installation as it is now: the update replaces exactly what its
+    // release put there (the script looks again just before it swaps).
+    const auto current = InstallMarker::read(request.installed);
+    if (!std::holds_alternative<InstallMarker>(current) || std::get<InstallMarker>(current).foreignEntry(request.installed))
+        return fail(packageManagedMessage());
+
     const QString scriptPath = QDir(request.workspace).filePath(QLatin1String(kScriptName));
     QFile file(scriptPath);
-    const QByteArray script =
-        updaterScript(packaging, {request.processIdentifier, request.installed, *staging, request.workspace}).toUtf8();
+    const QByteArray script = updaterScript(packaging, {request.processIdentifier, request.installed, *staging,
+                                                        request.workspace, std::get<InstallMarker>(current).entries()})
+                                  .toUtf8();
     const bool written = file.open(QIODevice::WriteOnly | QIODevice::NewOnly) && file.write(script) == script.size()
         && file.flush()
         && file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner | QFile::ReadGroup
@@ -441,34 +449,35 @@ QString SelfUpdater::shellQuoted(const QString& text)
 
 QString SelfUpdater::updaterScript(const UpdatePackaging& packaging, const ScriptPaths& paths)
 {
-    return QStringLiteral("#!/bin/bash\n# Wait for the current app to quit\nwhile kill -0 ")
-        + QString::number(paths.processIdentifier)
-        + QStringLiteral(" 2>/dev/null; do\n    sleep 0.2\ndone\n"
-                         "# Replace the app: the old one stays aside until the new one runs\n"
-                         "installed=")
-        + shellQuoted(paths.installed) + QStringLiteral("\nstaging=") + shellQuoted(paths.staging)
-        + QStringLiteral("\nworkspace=") + shellQuoted(paths.workspace)
-        + QStringLiteral("\n"
-                         "# Starts the program; true when it still runs 3 s later or ended well\n"
-                         "start() {\n"
-                         "    setsid \"$installed\"/")
-        + shellQuoted(packaging.programInBundle())
-        + QStringLiteral(" </dev/null >/dev/null 2>&1 &\n"
-                         "    local pid=$! tick\n"
-                         "    for tick in {1..15}; do\n"
-                         "        sleep 0.2\n"
-                         "        kill -0 \"$pid\" 2>/dev/null || { wait \"$pid\"; return; }\n"
-                         "    done\n"
-                         "}\n"
-                         "kept=yes\n"
-                         "if ! mv -T -- \"$installed\" \"$staging/previous\"; then\n"
-                         "    start\n"
-                         "elif ! { mv -T -- \"$staging/Kestrio.app\" \"$installed\" && start; }; then\n"
-                         "    # The new one does not start: the old one comes back\n"
-                         "    if [[ -e \"$installed\" ]]; then mv -T -- \"$installed\" \"$staging/failed\"; fi\n"
-                         "    if mv -T -- \"$staging/previous\" \"$installed\"; then start; else kept=no; fi\n"
-                         "fi\n"
-                         "# Clean up; the staging folder goes only when it holds no installation that is needed\n"
-                         "if [[ $kept == yes ]]; then rm -rf -- \"$staging\"; fi\n"
-                         "rm -rf -- \"$workspace\"");
+    static const bool loaded = [] {
+        Q_INIT_RESOURCE(update); // a static library's resources load themselves only when asked
+        return true;
+    }();
+    Q_UNUSED(loaded);
+    QFile file(QStringLiteral(":/update/kestrio-updater.sh"));
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    const QString text = QString::fromUtf8(file.readAll());
+    QStringList ours;
+    for (const QString& entry : paths.ours)
+        ours << shellQuoted(entry);
+    const QHash<QString, QString> values{
+        {QStringLiteral("PID"), QString::number(paths.processIdentifier)},
+        {QStringLiteral("INSTALLED"), shellQuoted(paths.installed)},
+        {QStringLiteral("STAGING"), shellQuoted(paths.staging)},
+        {QStringLiteral("WORKSPACE"), shellQuoted(paths.workspace)},
+        {QStringLiteral("PROGRAM"), shellQuoted(packaging.programInBundle())},
+        {QStringLiteral("OURS"), ours.join(u' ')},
+    };
+    // In one pass, so that a value holding "@…@" stays as it is.
+    static const QRegularExpression placeholder(QStringLiteral("@([A-Z]+)@"));
+    QString script;
+    qsizetype from = 0;
+    for (const QRegularExpressionMatch& match : placeholder.globalMatch(text)) {
+        script += text.mid(from, match.capturedStart() - from);
+        script += values.value(match.captured(1), match.captured(0));
+        from = match.capturedEnd();
+    }
+    script += text.mid(from);
+    return script;
 }

@@ -80,6 +80,7 @@ public:
         QString installed;  // the installation that is replaced
         QString staging;    // beside it: the new Kestrio.app, later the old one
         QString workspace;  // the private folder with the download and the script
+        QStringList ours;   // every entry the installation's release put there
     };
     static QString updaterScript(const UpdatePackaging& packaging, const ScriptPaths& paths);
 

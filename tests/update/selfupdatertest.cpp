@@ -162,6 +162,22 @@ TEST_F(Updater, ReplacesTheInstallationOnlyAfterTheProgramEnds)
     EXPECT_EQ(releasePagesOpened, 0);
 }
 
+// The user puts a file of their own into the installation while the update
+// waits for the program to quit: replacing it would delete the file, so the
+// old installation stays and starts again, and the update's folders go.
+TEST_F(Updater, AFileAddedWhileTheUpdateWaitsKeepsTheOldInstallation)
+{
+    const QStringList beside = besideEntries(installed);
+    start(publish(goodRelease()));
+    ASSERT_TRUE(eventually([&] { return terminations == 1; })) << updater->state().message.toStdString();
+    writeTestFile(installed + "/share/notes/mine.txt", "the user's\n");
+    const QStringList before = snapshot(installed);
+    running.kill();
+    EXPECT_TRUE(eventually([&] { return readTestFile(started) == "old\n"; }));
+    EXPECT_TRUE(eventually([&] { return QDir(cache).isEmpty() && besideEntries(installed) == beside; }));
+    EXPECT_EQ(snapshot(installed), before);
+}
+
 TEST_F(Updater, ANewProgramThatDoesNotStartGivesWayToTheOldOne)
 {
     ReleaseTree tree;
@@ -461,11 +477,17 @@ TEST_F(Updater, WhatIsNotAMarkedInstallationIsLeftToItsPackageManager)
 
 TEST_F(Updater, TheScriptQuotesEveryPathForTheShell)
 {
-    const QString script = SelfUpdater::updaterScript(packaging, {4242, installed, "/tmp/s't'", "/tmp/$w"});
+    const QStringList ours{"bin/kestrio", "it's $odd\n`name` @STAGING@"};
+    const QString script = SelfUpdater::updaterScript(packaging, {4242, installed, "/tmp/s't'", "/tmp/$w", ours});
     EXPECT_TRUE(script.startsWith("#!/bin/bash\n# Wait for the current app to quit\nwhile kill -0 4242 2>/dev/null; do\n"
                                   "    sleep 0.2\ndone\n"));
     EXPECT_TRUE(script.contains("\nstaging='/tmp/s'\\''t'\\'''\n"));
-    EXPECT_FALSE(script.endsWith('\n'));
+    // The entries come back exactly, one each, placeholders in them untouched.
+    QProcess listing;
+    const QString function = script.mid(script.indexOf("\nours() "));
+    listing.start("/bin/bash", {"-c", function.left(function.indexOf("; }\n") + 4) + "ours"});
+    listing.waitForFinished();
+    EXPECT_EQ(listing.readAllStandardOutput(), QByteArray("bin/kestrio") + '\0' + "it's $odd\n`name` @STAGING@" + '\0');
     // The shell reads each quoted path back exactly.
     QProcess shell;
     shell.start("/bin/bash", {"-c", "printf '%s' " + SelfUpdater::shellQuoted(installed)});
