@@ -93,6 +93,7 @@ int main(int argc, char** argv)
     RemoteControl::current().publish([&delegate](const QString& token) { delegate.toggleFromCommand(token); });
     QObject::connect(&app, &QCoreApplication::aboutToQuit, &delegate, [&delegate] { delegate.applicationWillTerminate(); });
     delegate.applicationDidFinishLaunching();
+    SelfUpdater::shared().tidyLeftoversLater();
     if (request.kind == InstanceRequest::Kind::toggle) {
         // Started by the toggle itself: open once it is known whether the
         // menus may be read, rather than show the welcome by mistake.

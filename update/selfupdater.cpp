@@ -7,6 +7,7 @@
 #include "update/installmarker.h"
 #include "update/networkfailure.h"
 #include "update/updatearchive.h"
+#include "update/updateleftovers.h"
 #include "update/updatesignature.h"
 
 #include <QCoreApplication>
@@ -23,6 +24,7 @@
 #include <QStringDecoder>
 #include <QTemporaryDir>
 #include <QThreadPool>
+#include <QTimer>
 
 #include <cerrno>
 #include <cmath>
@@ -44,7 +46,8 @@ QString packageManagedMessage()
 // A fresh folder only this user can enter, made beside `path`.
 std::optional<QString> makePrivateFolderBeside(const QString& path, QString& error)
 {
-    QByteArray pattern = QFile::encodeName(QFileInfo(path).absolutePath() + QStringLiteral("/.kestrio-update-XXXXXX"));
+    QByteArray pattern = QFile::encodeName(QFileInfo(path).absolutePath() + u'/'
+                                         + QLatin1String(UpdateLeftovers::kStagingPrefix) + QStringLiteral("XXXXXX"));
     if (!::mkdtemp(pattern.data())) {
         error = QString::fromLocal8Bit(std::strerror(errno));
         return std::nullopt;
@@ -123,6 +126,20 @@ SelfUpdater::~SelfUpdater()
     }
 }
 
+void SelfUpdater::tidyLeftoversLater(int delayMs)
+{
+    // Later, not at once: a script that just started this program still
+    // cleans up after itself for a few seconds.
+    QTimer::singleShot(delayMs, this, [this] {
+        if (generation_ != 0)
+            return; // an update of this run makes folders of the same names
+        CrossThread::start(*QThreadPool::globalInstance(), [workspaces = environment_.workspaceParent,
+                                                            installed = environment_.installedBundle] {
+            UpdateLeftovers::tidy(workspaces, installed);
+        });
+    });
+}
+
 void SelfUpdater::setState(State state)
 {
     if (state_ == state)
@@ -174,7 +191,9 @@ void SelfUpdater::startUpdate(const QUrl& url, const QString& version)
     attempt_->url = url;
     attempt_->version = version;
     // Created anew and private (0700), so nobody else can plant or read anything in it.
-    attempt_->workspace = std::make_unique<QTemporaryDir>(environment_.workspaceParent + QStringLiteral("/update-XXXXXX"));
+    attempt_->workspace = std::make_unique<QTemporaryDir>(environment_.workspaceParent + u'/'
+                                                       + QLatin1String(UpdateLeftovers::kWorkspacePrefix)
+                                                       + QStringLiteral("XXXXXX"));
     if (!attempt_->workspace->isValid()) {
         setState(State::failed(kSaveFailed + attempt_->workspace->errorString()));
         attempt_.reset();

@@ -57,6 +57,10 @@ public:
 
     const State& state() const { return state_; }
 
+    // Clears away, `delayMs` from now, what earlier updates left behind,
+    // unless an update has begun in the meantime.
+    void tidyLeftoversLater(int delayMs = 30000);
+
     // `version` is the release the manifest offered; the archive must say the same.
     void startUpdate(const QUrl& url, const QString& version);
     void cancelUpdate();
