@@ -55,7 +55,7 @@ public:
     {
         QTemporaryDir work;
         writeTestFile(work.filePath("release"), data);
-        runTestTool("minisign", {"-S", "-s", folder_.filePath("key.sec"), "-m", work.filePath("release"), "-t",
+        runTestTool("minisign", {"-S", "-H", "-s", folder_.filePath("key.sec"), "-m", work.filePath("release"), "-t",
                                  "kestrio release"});
         return readTestFile(work.filePath("release.minisig"));
     }
