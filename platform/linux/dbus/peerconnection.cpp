@@ -3,8 +3,6 @@
 #include "platform/linux/dbus/localbusaddress.h"
 
 #include <dbus/dbus.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 std::optional<QDBusConnection> PeerConnection::open(const QString& address, const QString& name, qint32 pid)
 {
@@ -12,25 +10,21 @@ std::optional<QDBusConnection> PeerConnection::open(const QString& address, cons
     if (!local || pid <= 0)
         return std::nullopt;
     QDBusConnection connection = QDBusConnection::connectToPeer(local->text(), name);
-    const std::optional<Listener> listener = connection.isConnected() ? listenerOf(connection) : std::nullopt;
+    const std::optional<SocketPeer> listener = connection.isConnected() ? listenerOf(connection) : std::nullopt;
     // No message has been sent yet: a socket of another process learns no
     // more than who connected.
-    if (!listener || listener->pid != pid || listener->uid != ::getuid()) {
+    if (!listener || listener->pid != pid || listener->uid != SocketPeer::currentUser()) {
         QDBusConnection::disconnectFromPeer(name);
         return std::nullopt;
     }
     return connection;
 }
 
-std::optional<PeerConnection::Listener> PeerConnection::listenerOf(const QDBusConnection& connection)
+std::optional<SocketPeer> PeerConnection::listenerOf(const QDBusConnection& connection)
 {
     auto* raw = static_cast<DBusConnection*>(connection.internalPointer());
     int socket = -1;
     if (!raw || !dbus_connection_get_socket(raw, &socket) || socket < 0)
         return std::nullopt;
-    ucred credentials{};
-    socklen_t length = sizeof credentials;
-    if (::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &credentials, &length) != 0 || length != sizeof credentials)
-        return std::nullopt;
-    return Listener{qint32(credentials.pid), uint(credentials.uid)};
+    return SocketPeer::of(socket);
 }

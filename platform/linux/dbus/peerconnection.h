@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/socketpeer.h"
+
 #include <QDBusConnection>
 #include <QString>
 
@@ -17,10 +19,6 @@ public:
     // listener is not the process `pid` of this user. Waits: never on the UI thread.
     static std::optional<QDBusConnection> open(const QString& address, const QString& name, qint32 pid);
 
-    struct Listener {
-        qint32 pid = 0;
-        uint uid = 0;
-    };
     // Who listens at the other end of a connection, as the kernel tells it.
-    static std::optional<Listener> listenerOf(const QDBusConnection& connection);
+    static std::optional<SocketPeer> listenerOf(const QDBusConnection& connection);
 };
