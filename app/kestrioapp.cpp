@@ -1,5 +1,7 @@
 #include "app/kestrioapp.h"
 
+#include "platform/socketpeer.h"
+
 #include <QDir>
 #include <QLocalServer>
 #include <QLocalSocket>
@@ -16,18 +18,24 @@ KestrioApp::KestrioApp(int& argc, char** argv) : QApplication(argc, argv)
 
 QString KestrioApp::socketPath()
 {
-    QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    // Never a folder other users share: whoever got there first would be handed our requests.
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
     if (folder.isEmpty())
-        folder = QDir::tempPath();
-    return folder + QStringLiteral("/kestrio.socket");
+        return {};
+    return folder + QStringLiteral("/kestrio-%1.socket").arg(SocketPeer::currentUser());
 }
 
-bool KestrioApp::passToRunningInstance(const InstanceRequest& request)
+bool KestrioApp::passToRunningInstance(const InstanceRequest& request, const QString& socket)
 {
+    if (socket.isEmpty())
+        return false;
     // This launch is not the instance: waiting here freezes no window.
     QLocalSocket other;
-    other.connectToServer(socketPath());
+    other.connectToServer(socket);
     if (!other.waitForConnected(1000))
+        return false;
+    const std::optional<SocketPeer> listener = SocketPeer::of(other.socketDescriptor());
+    if (!listener || listener->uid != SocketPeer::currentUser())
         return false;
     other.write(request.encode());
     other.waitForBytesWritten(1000);
@@ -39,12 +47,15 @@ bool KestrioApp::claimSingleInstance(const InstanceRequest& request)
 {
     if (passToRunningInstance(request))
         return false;
+    const QString socket = socketPath();
+    if (socket.isEmpty())
+        return true; // keep working alone rather than not at all
     // Nobody answers: a socket file left behind by a crash is stale.
-    QLocalServer::removeServer(socketPath());
+    QLocalServer::removeServer(socket);
     server_ = new QLocalServer(this);
     server_->setSocketOptions(QLocalServer::UserAccessOption);
-    if (!server_->listen(socketPath()))
-        return true; // keep working alone rather than not at all
+    if (!server_->listen(socket))
+        return true;
     connect(server_, &QLocalServer::newConnection, this, [this] {
         while (QLocalSocket* socket = server_->nextPendingConnection()) {
             connect(socket, &QLocalSocket::readyRead, this, [this, socket] {

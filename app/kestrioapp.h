@@ -19,15 +19,18 @@ public:
     // was handed `request`.
     bool claimSingleInstance(const InstanceRequest& request = {});
     // Hands `request` to the running instance, if there is one; needs only a
-    // QCoreApplication, so that a toggle starts no GUI of its own.
-    static bool passToRunningInstance(const InstanceRequest& request);
+    // QCoreApplication, so that a toggle starts no GUI of its own. Only a
+    // listener of this user gets it (and its activation token).
+    static bool passToRunningInstance(const InstanceRequest& request, const QString& socket = socketPath());
+    // The instance's socket: in the user's runtime folder, named for the
+    // user; empty where there is no such folder.
+    static QString socketPath();
 
 signals:
     void reopenRequested();
     void toggleRequested(const QString& activationToken);
 
 private:
-    static QString socketPath();
     void handle(const QByteArray& line);
     QLocalServer* server_ = nullptr;
 };
