@@ -46,9 +46,10 @@ GlobalShortcutsPortal::GlobalShortcutsPortal(QDBusConnection bus, QObject* paren
     qDBusRegisterMetaType<PortalShortcut>();
     qDBusRegisterMetaType<QList<PortalShortcut>>();
     // Answers arrive on request objects whose paths the portal names; every
-    // one is heard and the awaited one picked by its token.
-    bus_.connect(QString(), QString(), kRequest, QStringLiteral("Response"), this, SLOT(requestAnswered(QDBusMessage)));
-    bus_.connect(QString(), kPath, kInterface, QStringLiteral("Activated"), this, SLOT(shortcutActivated(QDBusMessage)));
+    // one is heard and the awaited one picked by its token. Only the portal's
+    // own: any program on the bus can send signals of these names.
+    bus_.connect(kService, QString(), kRequest, QStringLiteral("Response"), this, SLOT(requestAnswered(QDBusMessage)));
+    bus_.connect(kService, kPath, kInterface, QStringLiteral("Activated"), this, SLOT(shortcutActivated(QDBusMessage)));
 
     QDBusMessage version = QDBusMessage::createMethodCall(kService, kPath, QStringLiteral("org.freedesktop.DBus.Properties"),
                                                           QStringLiteral("Get"));

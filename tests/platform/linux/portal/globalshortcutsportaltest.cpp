@@ -3,7 +3,8 @@
 
 #include <QDBusArgument>
 #include <QDBusObjectPath>
-#include <QDBusServer>
+#include <QProcess>
+#include <QTest>
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
 #include <QTemporaryDir>
@@ -21,6 +22,8 @@ class FakePortal : public QDBusVirtualObject {
 public:
     uint version = 1;
     uint bindResponse = 0; // 1: the user cancelled the desktop's dialog
+    bool bindAnswered = true; // false: the desktop's dialog is still open
+    QString lastRequest;
     QStringList calls;
     QVariantMap lastShortcut;
     QString closedSession;
@@ -67,7 +70,10 @@ public:
             return false;
         }
         const QString request = kRequestPrefix + options.value(QStringLiteral("handle_token")).toString();
+        lastRequest = request;
         bus.send(message.createReply(QVariant::fromValue(QDBusObjectPath(request))));
+        if (member == QLatin1String("BindShortcuts") && !bindAnswered)
+            return true;
         QDBusMessage answer = QDBusMessage::createSignal(request, QStringLiteral("org.freedesktop.portal.Request"),
                                                          QStringLiteral("Response"));
         answer << response << results;
@@ -75,14 +81,47 @@ public:
         return true;
     }
 
-    void press(const QString& session, const QString& id)
+    // An Activated signal, from the portal or, with `from`, from another program on the bus.
+    void press(const QString& session, const QString& id, std::optional<QDBusConnection> from = std::nullopt)
     {
         QDBusMessage activated = QDBusMessage::createSignal(QStringLiteral("/org/freedesktop/portal/desktop"),
                                                             QStringLiteral("org.freedesktop.portal.GlobalShortcuts"),
                                                             QStringLiteral("Activated"));
         activated << QVariant::fromValue(QDBusObjectPath(session)) << id << qulonglong(1234) << QVariantMap();
-        connection->send(activated);
+        from.value_or(*connection).send(activated);
     }
+};
+
+// A session bus of the test's own, as the desktop's is: the fake portal
+// owns the portal's name on it, and any other program may send signals.
+class PrivateBus {
+public:
+    PrivateBus()
+    {
+        daemon_.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
+                                                      QStringLiteral("--nopidfile"), QStringLiteral("--print-address"),
+                                                      QStringLiteral("--address=unix:path=") + folder_.filePath("bus")});
+        if (daemon_.waitForReadyRead(10000))
+            address_ = QString::fromUtf8(daemon_.readLine()).trimmed();
+    }
+    ~PrivateBus()
+    {
+        for (const QString& name : std::as_const(names_))
+            QDBusConnection::disconnectFromBus(name);
+        daemon_.kill();
+        daemon_.waitForFinished();
+    }
+    QDBusConnection connect(const QString& name)
+    {
+        names_.append(name);
+        return QDBusConnection::connectToBus(address_, name);
+    }
+
+private:
+    QTemporaryDir folder_;
+    QProcess daemon_;
+    QString address_;
+    QStringList names_;
 };
 
 class Portal : public testing::Test {
@@ -96,37 +135,31 @@ protected:
 #endif
     }
 
-    Portal() : server_(QStringLiteral("unix:tmpdir=") + folder_.path())
+    Portal()
     {
-        QObject::connect(&server_, &QDBusServer::newConnection, [this](const QDBusConnection& connection) {
-            QDBusConnection(connection).registerVirtualObject(QStringLiteral("/"), &fake, QDBusConnection::SubPath);
-            fake.connection = connection;
-        });
+        fake.connection = bus_.connect(QStringLiteral("fake-portal"));
+        fake.connection->registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
+        fake.connection->registerVirtualObject(QStringLiteral("/"), &fake, QDBusConnection::SubPath);
     }
     ~Portal() override
     {
         portal_.reset();
-        QDBusConnection::disconnectFromPeer(QStringLiteral("kestrio-portal-test"));
-        if (fake.connection) {
-            fake.connection->unregisterObject(QStringLiteral("/"), QDBusConnection::UnregisterTree);
-            QDBusConnection::disconnectFromPeer(fake.connection->name());
-        }
+        fake.connection->unregisterObject(QStringLiteral("/"), QDBusConnection::UnregisterTree);
     }
 
     GlobalShortcutsPortal& portal()
     {
-        if (!portal_) {
-            portal_ = std::make_unique<GlobalShortcutsPortal>(
-                QDBusConnection::connectToPeer(server_.address(), QStringLiteral("kestrio-portal-test")));
-        }
+        if (!portal_)
+            portal_ = std::make_unique<GlobalShortcutsPortal>(bus_.connect(QStringLiteral("kestrio-portal-test")));
         return *portal_;
     }
+    // Another program on the same bus.
+    QDBusConnection impostor() { return bus_.connect(QStringLiteral("impostor")); }
 
     FakePortal fake;
 
 private:
-    QTemporaryDir folder_;
-    QDBusServer server_;
+    PrivateBus bus_;
     std::unique_ptr<GlobalShortcutsPortal> portal_;
 };
 
@@ -147,14 +180,19 @@ TEST_F(Portal, TheShortcutIsBoundThroughASessionAndEachPressArrives)
     fake.press(kSessionPath, "something-else");
     fake.press(kSessionPath, GlobalShortcutsPortal::kShortcutId);
     EXPECT_TRUE(eventually([&] { return presses == 2; }, 10000));
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 100);
-    EXPECT_EQ(presses, 2);
+    // Another program sending the portal's signal, rightly shaped, is not the portal.
+    fake.press(kSessionPath, GlobalShortcutsPortal::kShortcutId, impostor());
+    QTest::qWait(300); // signals on their way arrive meanwhile
+    fake.press(kSessionPath, GlobalShortcutsPortal::kShortcutId);
+    EXPECT_TRUE(eventually([&] { return presses == 3; }, 10000));
+    QTest::qWait(300); // signals on their way arrive meanwhile
+    EXPECT_EQ(presses, 3);
 
     portal().release();
     EXPECT_TRUE(eventually([&] { return fake.closedSession == kSessionPath; }, 10000));
     fake.press(kSessionPath, GlobalShortcutsPortal::kShortcutId);
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 100);
-    EXPECT_EQ(presses, 2);
+    QTest::qWait(300); // signals on their way arrive meanwhile
+    EXPECT_EQ(presses, 3);
 }
 
 TEST_F(Portal, ACancelledDialogOrNoPortalBindsNothing)
@@ -162,9 +200,24 @@ TEST_F(Portal, ACancelledDialogOrNoPortalBindsNothing)
     fake.bindResponse = 1;
     portal().bind("CTRL+k", "Open Kestrio's search panel", [] {});
     ASSERT_TRUE(eventually([&] { return fake.calls.contains("BindShortcuts"); }, 10000));
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 100);
+    QTest::qWait(300); // signals on their way arrive meanwhile
     EXPECT_FALSE(portal().isBound());
     EXPECT_EQ(portal().isAvailable(), true);
+}
+
+// While the desktop's dialog is open, another program answers the request
+// in the portal's place: nothing is bound on its word.
+TEST_F(Portal, AnAnswerFromAnotherProgramBindsNothing)
+{
+    fake.bindAnswered = false;
+    portal().bind("CTRL+k", "Open Kestrio's search panel", [] {});
+    ASSERT_TRUE(eventually([&] { return fake.calls.contains("BindShortcuts"); }, 10000));
+    QDBusMessage answer = QDBusMessage::createSignal(fake.lastRequest, QStringLiteral("org.freedesktop.portal.Request"),
+                                                     QStringLiteral("Response"));
+    answer << uint(0) << QVariantMap();
+    impostor().send(answer);
+    QTest::qWait(300); // signals on their way arrive meanwhile
+    EXPECT_FALSE(portal().isBound());
 }
 
 TEST_F(Portal, ADesktopWithoutThePortalSaysSo)
