@@ -14,6 +14,9 @@
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QPointer>
+#include <QTimer>
+
+#include <memory>
 
 UpdateCheckService& UpdateCheckService::shared()
 {
@@ -86,8 +89,28 @@ void UpdateCheckService::checkForUpdates(std::function<void(const Outcome&)> com
     request.setRawHeader("User-Agent",
                          QStringLiteral("Kestrio/%1 (%2)").arg(appVersion(), system_.osName()).toUtf8());
     QNetworkReply* reply = network_->get(request);
-    connect(reply, &QNetworkReply::finished, this, [this, reply, completion = std::move(completion)] {
-        const Outcome outcome = evaluateManifestResponse(*reply);
+    // Qt's transfer time-out counts from the last byte: a server that sends
+    // one now and then would hold the check for good, so the whole request
+    // has its own limit, and the answer a size cap.
+    auto stopped = std::make_shared<std::optional<UpdateCheckError>>();
+    auto stop = [reply, stopped](UpdateCheckError why) {
+        if (!*stopped && !reply->isFinished()) {
+            *stopped = std::move(why);
+            reply->abort();
+        }
+    };
+    QTimer::singleShot(requestTimeoutMs_, reply, [stop] {
+        stop({UpdateCheckError::Kind::network, QStringLiteral("the server did not answer in time.")});
+    });
+    const auto checkSize = [reply, stop] {
+        const QVariant length = reply->header(QNetworkRequest::ContentLengthHeader);
+        if ((length.isValid() && length.toLongLong() > kMaxManifestBytes) || reply->bytesAvailable() > kMaxManifestBytes)
+            stop({UpdateCheckError::Kind::invalidResponse, {}});
+    };
+    connect(reply, &QNetworkReply::metaDataChanged, reply, checkSize);
+    connect(reply, &QNetworkReply::readyRead, reply, checkSize);
+    connect(reply, &QNetworkReply::finished, this, [this, reply, stopped, completion = std::move(completion)] {
+        const Outcome outcome = *stopped ? Outcome(**stopped) : evaluateManifestResponse(*reply);
         reply->deleteLater();
         // Always later, never inside the caller's own call.
         QMetaObject::invokeMethod(this, [completion, outcome] {

@@ -26,7 +26,10 @@ public:
     using Outcome = std::variant<UpdateCheckResult, UpdateCheckError>;
 
     static constexpr double automaticCheckInterval = 86400;
+    // The whole request, however the server paces its answer.
     static constexpr int kRequestTimeoutMs = 10000;
+    // A manifest is a few hundred bytes; an answer larger than this is not one.
+    static constexpr qint64 kMaxManifestBytes = 64 * 1024;
 
     static UpdateCheckService& shared();
     static QUrl builtInManifestURL();
@@ -36,6 +39,8 @@ public:
                        QObject* parent = nullptr);
 
     const QUrl manifestURL;
+    // Tests shorten the limit on the whole request.
+    void setRequestTimeoutMs(int ms) { requestTimeoutMs_ = ms; }
 
     // The completion runs once, later, on the main thread.
     void checkForUpdates(std::function<void(const Outcome&)> completion);
@@ -52,4 +57,5 @@ private:
     const SystemInfo& system_;
     const Clock& clock_;
     QNetworkAccessManager* network_ = nullptr;
+    int requestTimeoutMs_ = kRequestTimeoutMs;
 };

@@ -13,6 +13,7 @@
 #include <QSslServer>
 #include <QSslSocket>
 #include <QTcpServer>
+#include <QTimer>
 #include <QTcpSocket>
 #include <QUrl>
 
@@ -49,6 +50,7 @@ struct LoopbackAnswer {
         never,        // nothing at all: the client keeps waiting
         stalled,      // status, headers and half the body, then nothing more
         resetMidBody, // status, headers and half the body, then the connection drops
+        trickle,      // status, headers, then one byte of the body every 50 ms
     };
     int status = 200;
     QByteArray body;
@@ -183,6 +185,16 @@ private:
             + " Answer\r\nContent-Length: " + QByteArray::number(reply.body.size()) + "\r\nConnection: close\r\n\r\n";
         if (reply.ending == Ending::whole) {
             socket->write(head + reply.body);
+            return;
+        }
+        if (reply.ending == Ending::trickle) {
+            socket->write(head);
+            auto* drip = new QTimer(socket);
+            QObject::connect(drip, &QTimer::timeout, socket, [socket, body = reply.body, sent = qsizetype(0)]() mutable {
+                if (sent < body.size())
+                    socket->write(body.mid(sent++, 1));
+            });
+            drip->start(50);
             return;
         }
         socket->write(head + reply.body.left(reply.body.size() / 2));

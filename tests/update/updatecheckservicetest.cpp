@@ -100,6 +100,24 @@ TEST_F(Checker, ABodyCutShortIsANetworkErrorNotADecodingOne)
     EXPECT_TRUE(message.startsWith("Network error: ")) << message.toStdString();
 }
 
+// A server that sends a byte now and then never trips a time-out that counts
+// from the last byte; the limit is on the whole request.
+TEST_F(Checker, AServerThatTricklesItsAnswerRunsIntoTheLimitOnTheWholeRequest)
+{
+    service.setRequestTimeoutMs(500); // a byte comes every 50 ms, the answer takes seconds
+    site.paths["/apps/kestrio/latest.json"] = {200, manifest("9.9.9") + QByteArray(200, ' '), LoopbackAnswer::Ending::trickle};
+    EXPECT_EQ(failure(check()), "Network error: the server did not answer in time.");
+}
+
+// An answer far larger than any manifest is not read to its end.
+TEST_F(Checker, AnAnswerLargerThanAnyManifestIsRefused)
+{
+    QByteArray huge = manifest("9.9.9");
+    huge.insert(1, QByteArray(UpdateCheckService::kMaxManifestBytes, ' ')); // still valid JSON
+    site.body = huge;
+    EXPECT_EQ(failure(check()), "The update server returned an invalid response.");
+}
+
 TEST_F(Checker, OnlyHttpsIsAsked)
 {
     LoopbackHttpServer plain;
