@@ -1,6 +1,7 @@
 #include "telemetry/nativeimages.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QHash>
 #include <QJsonArray>
 
@@ -133,8 +134,10 @@ QJsonObject debugMeta(const QList<NativeImage>& images)
 {
     QJsonArray list;
     for (const NativeImage& image : images) {
+        // The file name is enough to match symbols; its folder could be a home
+        // folder, which names the user.
         QJsonObject entry{{"type", "elf"},
-                          {"code_file", image.codeFile},
+                          {"code_file", QFileInfo(image.codeFile).fileName()},
                           {"image_addr", hexAddress(image.imageAddress)},
                           {"image_size", qint64(image.imageSize)}};
         if (!image.buildId.isEmpty()) {

@@ -265,7 +265,7 @@ TEST_F(Telemetry, AFatalSignalIsRecordedAndSentByTheNextStart)
         std::optional<std::pair<quint64, quint64>> helper;
         for (const auto& image : event.value("debug_meta").toObject().value("images").toArray()) {
             const QJsonObject i = image.toObject();
-            if (i.value("code_file") == QFileInfo(CRASH_HELPER_PATH).canonicalFilePath()) {
+            if (i.value("code_file") == QFileInfo(CRASH_HELPER_PATH).fileName()) {
                 EXPECT_EQ(i.value("code_id").toString(), QString::fromLatin1(helperBuildId.toHex()));
                 EXPECT_EQ(i.value("debug_id").toString(), NativeImages::debugId(helperBuildId));
                 helper = std::pair{i.value("image_addr").toString().toULongLong(nullptr, 16),
@@ -310,6 +310,19 @@ TEST(NativeImages, DebugIdsAsTheServiceComputesThem)
     EXPECT_EQ(NativeImages::debugId(QByteArray::fromHex("68220ae2c65d65c1b6aaa12fa6765a6ec2f5f434")),
               "e20a2268-5dc6-c165-b6aa-a12fa6765a6e");
     EXPECT_EQ(NativeImages::debugId(QByteArray::fromHex("0102")), "00000201-0000-0000-0000-000000000000");
+}
+
+// A module loaded from a home folder is named by its file alone: the folder names the user.
+TEST(NativeImages, ModulesAreNamedWithoutTheirFolders)
+{
+    const QJsonObject meta = NativeImages::debugMeta(
+        {NativeImage{"/home/alice/.local/lib/libplugin.so", 0x7f0000000000, 0x1000, QByteArray::fromHex("0102")},
+         NativeImage{"/usr/lib/x86_64-linux-gnu/libQt6Core.so.6", 0x7f1000000000, 0x1000, {}}});
+    const QJsonArray images = meta.value("images").toArray();
+    ASSERT_EQ(images.size(), 2);
+    EXPECT_EQ(images[0].toObject().value("code_file"), "libplugin.so");
+    EXPECT_EQ(images[1].toObject().value("code_file"), "libQt6Core.so.6");
+    EXPECT_FALSE(QJsonDocument(meta).toJson().contains("alice"));
 }
 
 TEST(NativeImages, ModulesFromAMemoryMap)
