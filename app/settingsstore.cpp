@@ -66,7 +66,14 @@ void setAsideIfUnreadable(const QSettings& settings, const QString& path)
 
 SettingsStore::SettingsStore(const QString& filePath)
 {
+    // The usage history names the menu commands the user runs: the file is
+    // the user's alone. Made so before anything is written into it; later
+    // writes replace it with a file of the same permissions.
     QDir().mkpath(QFileInfo(filePath).absolutePath());
+    QFile file(filePath);
+    if (file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
+        file.close();
+    file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
     settings_ = std::make_unique<QSettings>(filePath, jsonFormat());
     setAsideIfUnreadable(*settings_, filePath);
 }

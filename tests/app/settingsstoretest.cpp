@@ -101,6 +101,24 @@ TEST(SettingsStore, AnUnreadableFileIsSetAsideNotLost)
     EXPECT_TRUE(settings.reopened()->hasLaunchedBefore());
 }
 
+// The file holds the usage history, with the menu commands the user runs:
+// only the user may read it, new or written by an earlier version.
+TEST(SettingsStore, TheFileIsTheUsersAlone)
+{
+    const QFileDevice::Permissions mine = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser;
+    TempSettings settings;
+    settings.store().setObject(SettingsKey::menuItemUsage, QVariantMap{{"org.editor", QVariantMap{{"File → Save", 3}}}});
+    EXPECT_EQ(QFile::permissions(settings.path()), mine);
+
+    // As an earlier version left it: readable by everyone.
+    QFile::setPermissions(settings.path(), QFile::permissions(settings.path()) | QFile::ReadOther | QFile::ReadGroup);
+    const auto next = settings.reopened();
+    EXPECT_EQ(QFile::permissions(settings.path()), mine);
+    next->setBool(SettingsKey::analyticsEnabled, true);
+    EXPECT_EQ(QFile::permissions(settings.path()), mine);
+    EXPECT_TRUE(next->object(SettingsKey::menuItemUsage).isValid());
+}
+
 TEST(SettingsStore, FileIsPlainJson)
 {
     TempSettings settings;
