@@ -50,6 +50,8 @@ AtspiAccessibility::AtspiAccessibility(WindowDirectory& windows, bool watchFocus
     // Readings of frozen applications each hold a thread for a time-out; the
     // few jobs here are short, so a handful of threads never queue behind them.
     pool_.setMaxThreadCount(4);
+    // The installed applications are indexed once, off the UI thread.
+    CrossThread::start(pool_, [this] { entries_.find({}, {}, {}); });
     QObject::connect(&applications_, &AtspiApplications::changed, &context_, [this] { dropPeersOfGoneApplications(); });
     checkTrustSoon();
 }
@@ -345,16 +347,22 @@ std::optional<RunningApplication> AtspiAccessibility::runningApplication(quint64
     RunningApplication app;
     app.processIdentifier = *info->pid;
     app.window = window;
+    const auto entry = entries_.find(info->applicationId, info->windowClass, DesktopEntries::programOf(*info->pid));
     if (!info->applicationId.isEmpty())
         app.bundleIdentifier = info->applicationId;
     else if (!info->windowClass.isEmpty())
         app.bundleIdentifier = info->windowClass;
-    // The name as the accessibility bus knows it, without asking: an
-    // application not named yet is named in the background for next time.
+    else if (entry)
+        app.bundleIdentifier = entry->id;
+    // The name the desktop shows for it; else as the accessibility bus knows
+    // it, without asking (an application not named yet is named in the
+    // background for next time).
     const auto a11y = applications_.find(*info->pid);
     if (!a11y)
         applications_.refreshSoon();
-    if (a11y && !a11y->name.isEmpty())
+    if (entry)
+        app.localizedName = entry->name;
+    else if (a11y && !a11y->name.isEmpty())
         app.localizedName = a11y->name;
     else if (!info->windowClass.isEmpty())
         app.localizedName = info->windowClass;
@@ -370,13 +378,22 @@ std::optional<RunningApplication> AtspiAccessibility::runningApplicationOf(qint3
         applications_.refreshSoon();
         return std::nullopt;
     }
-    // No window to go by: the name serves as the usage history's key too.
+    // No window to go by: the desktop entry of its program names it, else the
+    // program's file name. The name an application gives itself on the bus is
+    // shown, but never used as its identifier, which leaves the machine with
+    // usage events.
     RunningApplication app;
     app.processIdentifier = pid;
-    if (!a11y->name.isEmpty()) {
+    const QString program = DesktopEntries::programOf(pid);
+    const auto entry = entries_.find({}, {}, program);
+    if (entry)
+        app.bundleIdentifier = entry->id;
+    else if (!program.isEmpty())
+        app.bundleIdentifier = program;
+    if (entry)
+        app.localizedName = entry->name;
+    else if (!a11y->name.isEmpty())
         app.localizedName = a11y->name;
-        app.bundleIdentifier = a11y->name;
-    }
     return app;
 }
 

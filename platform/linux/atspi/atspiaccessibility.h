@@ -6,6 +6,7 @@
 #include "platform/linux/atspi/atspibus.h"
 #include "platform/linux/atspi/atspielement.h"
 #include "platform/linux/windowdirectory.h"
+#include "platform/linux/xdg/desktopentries.h"
 
 #include <QHash>
 #include <QPointer>
@@ -78,6 +79,7 @@ private:
     void dropPeersOfGoneApplications();
 
     WindowDirectory& windows_;
+    DesktopEntries entries_;
     AtspiBus bus_;
     QObject context_; // answers queued for the UI thread die with it
     QThreadPool pool_; // waited for before anything below goes
