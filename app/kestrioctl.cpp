@@ -4,6 +4,7 @@
 #include "menu/pressmenuitem.h"
 #include "platform/linux/atspi/atspiaccessibility.h"
 #include "platform/linux/sway/swaywindows.h"
+#include "platform/linux/x11/x11windows.h"
 #include "search/usagetracker.h"
 #include "update/installmarker.h"
 
@@ -190,6 +191,8 @@ int main(int argc, char** argv)
     // sway's windows arrive a moment after connecting; a command line may wait.
     if (auto* sway = dynamic_cast<SwayWindows*>(&WindowDirectory::current()))
         sway->waitForTree(3000);
+    if (auto* x11 = dynamic_cast<X11Windows*>(&WindowDirectory::current()))
+        x11->waitForFirstReading(3000);
     AtspiAccessibility ax;
     if (command == QLatin1String("apps"))
         return apps(ax);

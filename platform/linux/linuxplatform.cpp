@@ -33,6 +33,14 @@ SwayWindows* swayWindows()
     return windows;
 }
 
+// The X server's windows, shared by the window directory, the workspace and
+// the window operations: one thread follows them all.
+X11Windows& x11Windows()
+{
+    static X11Windows* windows = new X11Windows;
+    return *windows;
+}
+
 bool watchesFocusOnTheBus()
 {
     const DisplaySession& session = DisplaySession::current();
@@ -150,7 +158,7 @@ WindowDirectory& WindowDirectory::current()
 {
     static WindowDirectory* directory = [] () -> WindowDirectory* {
         if (!DisplaySession::current().isWayland())
-            return new X11Windows;
+            return &x11Windows();
         if (SwayWindows* sway = swayWindows())
             return sway;
         return new NoWindowDirectory;
@@ -162,7 +170,7 @@ DesktopWindows& DesktopWindows::current()
 {
     static DesktopWindows* windows = [] () -> DesktopWindows* {
         if (!DisplaySession::current().isWayland())
-            return new X11DesktopWindows;
+            return new X11DesktopWindows(x11Windows());
         std::function<void(quint64)> focus;
         if (SwayWindows* sway = swayWindows())
             focus = [sway](quint64 id) { sway->focus(id); };
@@ -175,7 +183,7 @@ Workspace& Workspace::current()
 {
     static Workspace* workspace = [] () -> Workspace* {
         if (!DisplaySession::current().isWayland())
-            return new X11Workspace;
+            return new X11Workspace(x11Windows());
         if (SwayWindows* sway = swayWindows()) {
             return new AnnouncedWorkspace([sway](Workspace& workspace) {
                 QObject::connect(sway, &SwayWindows::focusChanged, &workspace, &Workspace::applicationActivated);

@@ -4,6 +4,7 @@
 #include "menu/accessibilityservice.h"
 #include "platform/accessibility.h"
 #include "platform/desktopwindows.h"
+#include "platform/linux/x11/x11windows.h"
 #include "search/resultlistmodel.h"
 #include "search/searchpanel.h"
 #include "search/searchpanelcontroller.h"
@@ -68,6 +69,9 @@ int main(int argc, char** argv)
     const int delay = args.contains("--delay-reading") ? args.value(args.indexOf("--delay-reading") + 1).toInt() : 0;
     SlowAccessibility ax(Accessibility::current(), delay);
     AccessibilityService reader(ax);
+    // Opened the moment it starts: the desktop's windows must have been read once.
+    if (auto* x11 = dynamic_cast<X11Windows*>(&WindowDirectory::current()))
+        x11->waitForFirstReading(5000);
     const std::optional<RunningApplication> target = ax.frontmostApplication();
     SearchPanelController controller(reader, target, DesktopWindows::current());
     controller.show();

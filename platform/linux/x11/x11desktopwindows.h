@@ -6,6 +6,8 @@
 // DesktopWindows through the window manager's EWMH hints.
 class X11DesktopWindows final : public DesktopWindows {
 public:
+    explicit X11DesktopWindows(X11Windows& windows) : windows_(windows) {}
+
     std::optional<QRect> windowGeometry(const RunningApplication& app) override;
     void activate(const RunningApplication& app) override;
     void activateOwnWindow(quintptr windowId) override;
@@ -15,5 +17,5 @@ public:
 private:
     std::optional<quint64> windowOf(const RunningApplication& app);
 
-    X11Windows windows_;
+    X11Windows& windows_;
 };

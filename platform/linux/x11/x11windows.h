@@ -2,16 +2,24 @@
 
 #include "platform/linux/windowdirectory.h"
 
+#include <QHash>
+#include <QList>
 #include <QRect>
 #include <QString>
 
+#include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <optional>
+#include <thread>
 
 typedef struct _XDisplay Display;
 
-// What the window manager and the windows themselves announce, read over a
-// connection of our own.
+// What the window manager and the windows themselves announce. A thread of
+// its own, on a connection of its own, reads the root window's and every
+// client window's properties and follows their changes; every question is
+// answered from what it last read, so the UI thread never waits on the X
+// server (a server another client grabbed would hold it).
 class X11Windows final : public WindowDirectory {
 public:
     X11Windows();
@@ -19,11 +27,16 @@ public:
     X11Windows(const X11Windows&) = delete;
     X11Windows& operator=(const X11Windows&) = delete;
 
-    bool isOpen() const { return display_ != nullptr; }
+    bool isOpen() const { return commands_ != nullptr; }
+    // Waits until the first reading is in, for a command line; false when it is not.
+    bool waitForFirstReading(int timeoutMs);
+    // Runs on the watching thread whenever the active window changed, once
+    // what is known of it is current.
+    void setActiveChanged(std::function<void()> changed);
 
     // The window the window manager calls active, else the one with the input focus.
     std::optional<quint64> activeWindow() override;
-    // Its hints; no frame (see `geometry`).
+    // Its hints and frame.
     std::optional<DesktopWindow> window(quint64 id) override;
     // The first window of the window manager's client list that belongs to `pid`.
     std::optional<quint64> windowOfProcess(qint32 pid) override;
@@ -36,14 +49,31 @@ public:
     void setOnAllDesktops(unsigned long window);
     // Whether a compositing manager runs on the default screen.
     bool hasCompositor();
-    QString announcedAccessibilityBus() override { return rootProperty("AT_SPI_BUS"); }
-    // A text property of the root window.
-    QString rootProperty(const char* name);
+    QString announcedAccessibilityBus() override;
 
 private:
-    QString textProperty(unsigned long window, const char* name);
-    std::optional<unsigned long> cardinalProperty(unsigned long window, const char* name, unsigned long type);
+    struct Known {
+        std::optional<quint64> active;
+        QList<quint64> clients; // the window manager's client list, in its order
+        QHash<quint64, DesktopWindow> windows;
+        QString accessibilityBus;
+        bool compositor = false;
+        bool read = false; // the first reading is in
+    };
+    class Watcher;
 
-    std::mutex mutex_;
-    Display* display_ = nullptr;
+    void watch();
+
+    // Requests that need no answer, from the UI thread.
+    std::mutex commandsMutex_;
+    Display* commands_ = nullptr;
+    unsigned long activeAtom_ = 0, desktopAtom_ = 0;
+
+    mutable std::mutex mutex_;
+    std::condition_variable firstReading_;
+    Known known_;
+    std::function<void()> activeChanged_;
+
+    int wake_[2] = {-1, -1}; // written to stop the watching thread
+    std::thread watcher_;
 };

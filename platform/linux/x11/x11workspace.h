@@ -2,26 +2,20 @@
 
 #include "platform/workspace.h"
 
-#include <memory>
+class X11Windows;
 
-class QSocketNotifier;
-typedef struct _XDisplay Display;
-
-// The active window as the window manager announces it on the root window.
+// The active window as the window manager announces it, heard through the
+// window directory once it has read what is new about it.
 class X11Workspace final : public Workspace {
     Q_OBJECT
 
 public:
-    X11Workspace();
-    ~X11Workspace() override;
+    explicit X11Workspace(X11Windows& windows);
 
     std::optional<RunningApplication> frontmostApplication() override;
     void startWatching() override;
 
 private:
-    void readEvents();
-
-    Display* display_ = nullptr;
-    unsigned long activeAtom_ = 0;
-    std::unique_ptr<QSocketNotifier> notifier_;
+    X11Windows& windows_;
+    bool watching_ = false;
 };
