@@ -179,7 +179,7 @@ void AppDelegate::applyAnalyticsOptIn(bool enabled)
         services_.analytics.start();
         return;
     }
-    services_.analytics.stop(); // only when started: flushes crash reports for at most 2 s
+    services_.analytics.stop(); // reports on their way finish by themselves: no waiting here
     // What a crash left for the next start was agreed to under the opt-in that ends now.
     services_.analytics.discardPendingCrashReports();
 }
@@ -323,7 +323,7 @@ void AppDelegate::quitApp()
 
 void AppDelegate::applicationWillTerminate()
 {
-    services_.analytics.stop(); // only when started: flushes crash reports for at most 2 s
+    services_.analytics.stopAtQuit(); // only when started: flushes crash reports for at most 2 s
 }
 
 bool AppDelegate::applicationShouldHandleReopen()

@@ -121,9 +121,17 @@ void AnalyticsService::stop()
 {
     if (!isStarted_)
         return;
-    crashReporter_.flush(kFlushTimeoutSeconds);
     crashReporter_.stop();
     isStarted_ = false;
+}
+
+void AnalyticsService::stopAtQuit()
+{
+    if (!isStarted_)
+        return;
+    // The one wait on the network on the UI thread: bounded, and only as the program ends.
+    crashReporter_.flush(kFlushTimeoutSeconds);
+    stop();
 }
 
 void AnalyticsService::discardPendingCrashReports()

@@ -38,8 +38,11 @@ public:
 
     // Starts events and crash reporting when "analyticsEnabled" is on.
     void start();
-    // Opt-out and termination: flush crash reports (at most 2 s), then stop.
+    // Opt-out: stops at once; reports already on their way finish by
+    // themselves, and nothing here waits for them.
     void stop();
+    // Termination: flushes crash reports (at most 2 s), then stops.
+    void stopAtQuit();
     // Opt-out only: crash records that wait to be sent never will be.
     void discardPendingCrashReports();
     bool isStarted() const { return isStarted_; }

@@ -8,6 +8,7 @@
 #include "telemetry/crashreporter.h"
 #include "telemetry/nativeimages.h"
 
+#include <QTimer>
 #include <QDateTime>
 #include <QDir>
 #include <QJsonArray>
@@ -224,8 +225,22 @@ TEST_F(Telemetry, FlushWaitsForReportsInFlight)
     service.start();
     service.captureError("E", "one", {});
     service.captureError("E", "two", {});
-    service.stop(); // flushes
+    service.stopAtQuit(); // flushes
     EXPECT_EQ(crashes.requests.size(), 2);
+}
+
+// Opting out while a report is on its way waits for nothing: no event loop
+// runs inside the settings' click, and the report still arrives.
+TEST_F(Telemetry, OptingOutWaitsForNoReport)
+{
+    optIn();
+    service.start();
+    service.captureError("E", "on its way", {});
+    bool ranMeanwhile = false;
+    QTimer::singleShot(0, [&] { ranMeanwhile = true; });
+    service.stop();
+    EXPECT_FALSE(ranMeanwhile);
+    EXPECT_TRUE(crashes.waitForRequests(1));
 }
 
 // A crash is recorded with its stack and the loaded modules (a stack overflow
