@@ -97,8 +97,10 @@ OnboardingView::OnboardingView(AccessibilityService& accessibilityService, std::
     });
     // The first look comes a second after showing, like every later one.
     timer_.setInterval(kPollMs);
-    connect(&timer_, &QTimer::timeout, this,
-            [this] { setPermission(accessibilityService_.accessibility().isProcessTrusted()); });
+    // Each look asks afresh: the answer comes a moment later, not a poll later.
+    connect(&timer_, &QTimer::timeout, this, [this] {
+        accessibilityService_.accessibility().askTrust(this, [this](bool trusted) { setPermission(trusted); });
+    });
     timer_.start();
 }
 

@@ -77,6 +77,9 @@ public:
     // Runs `then` on the UI thread once the first answer about trust is in
     // (at once where it is always known), unless `context` is gone by then.
     virtual void afterTrustIsKnown(QObject* context, std::function<void()> then) = 0;
+    // Finds out afresh whether this program is trusted and runs `answered`
+    // with the answer on the UI thread, unless `context` is gone by then.
+    virtual void askTrust(QObject* context, std::function<void(bool)> answered) = 0;
     // Asks the system to grant that, showing its own prompt where it has one.
     virtual void requestTrust() = 0;
     // The application the user is working in, if any. Cheap: never asks another application.

@@ -95,6 +95,14 @@ void FakeAccessibility::afterTrustIsKnown(QObject* context, std::function<void()
     trustWaiters_.append({context, std::move(then)});
 }
 
+void FakeAccessibility::askTrust(QObject* context, std::function<void(bool)> answered)
+{
+    ++trustChecks;
+    lastAnswer_ = trusted;
+    QMetaObject::invokeMethod(context, [answered = std::move(answered), now = trusted] { answered(now); },
+                              Qt::QueuedConnection);
+}
+
 void FakeAccessibility::announceTrust()
 {
     trustKnown = true;

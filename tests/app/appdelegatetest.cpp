@@ -275,6 +275,27 @@ TEST_F(Controller, OnboardingAtFirstLaunchAndWhileUntrusted)
     EXPECT_FALSE(app->searchPanelController());
 }
 
+// The platform finds out about trust in the background: a grant shows at
+// the next look, not a look later.
+TEST_F(Controller, AGrantShowsAtTheNextLook)
+{
+    ax.trusted = false;
+    ax.answersLate = true;
+    launch();
+    auto* view = app->onboardingWindow()->findChild<OnboardingView*>();
+    ASSERT_TRUE(view);
+    const auto nextLook = [&] {
+        const int before = ax.trustChecks;
+        EXPECT_TRUE(eventually([&] { return ax.trustChecks > before; }));
+        QCoreApplication::processEvents(); // its answer
+    };
+    nextLook();
+    EXPECT_FALSE(view->hasPermission());
+    ax.trusted = true; // granted in the desktop's settings
+    nextLook();
+    EXPECT_TRUE(view->hasPermission());
+}
+
 TEST_F(Controller, TheWelcomeComesOnceAndGoesWithItsWindowAndItsPoll)
 {
     ax.trusted = false;

@@ -43,6 +43,10 @@ public:
     {
         real_.afterTrustIsKnown(context, std::move(then));
     }
+    void askTrust(QObject* context, std::function<void(bool)> answered) override
+    {
+        real_.askTrust(context, std::move(answered));
+    }
     void requestTrust() override { real_.requestTrust(); }
     std::optional<RunningApplication> frontmostApplication() override { return real_.frontmostApplication(); }
     void openAccessibilitySettings() override { real_.openAccessibilitySettings(); }

@@ -118,6 +118,10 @@ void AtspiAccessibility::trustAnswered(bool trusted, int busGeneration)
         if (context)
             then();
     }
+    for (auto& [context, answered] : std::exchange(trustAskers_, {})) {
+        if (context)
+            answered(trusted);
+    }
 }
 
 void AtspiAccessibility::watchBusOwner()
@@ -148,6 +152,12 @@ void AtspiAccessibility::afterTrustIsKnown(QObject* context, std::function<void(
         return;
     }
     trustWaiters_.append({context, std::move(then)});
+    checkTrustSoon();
+}
+
+void AtspiAccessibility::askTrust(QObject* context, std::function<void(bool)> answered)
+{
+    trustAskers_.append({context, std::move(answered)});
     checkTrustSoon();
 }
 

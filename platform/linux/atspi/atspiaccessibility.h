@@ -41,6 +41,7 @@ public:
     AccessibilityError performAction(const AccessibilityElementRef& element, const QString& action) override;
     bool isProcessTrusted() override;
     void afterTrustIsKnown(QObject* context, std::function<void()> then) override;
+    void askTrust(QObject* context, std::function<void(bool)> answered) override;
     void requestTrust() override;
     std::optional<RunningApplication> frontmostApplication() override;
     void openAccessibilitySettings() override;
@@ -91,6 +92,7 @@ private:
     std::atomic<int> stops_ = 0; // readings that began before a stop give up
     int knownBusGeneration_ = 0; // UI thread only, like the two below
     QList<std::pair<QPointer<QObject>, std::function<void()>>> trustWaiters_;
+    QList<std::pair<QPointer<QObject>, std::function<void(bool)>>> trustAskers_;
     std::unique_ptr<QDBusServiceWatcher> busWatcher_;
     std::unique_ptr<AtspiFocusWatch> focusWatch_;
 
