@@ -178,8 +178,8 @@ void HotkeyService::handleFlagsChanged(quint64 flags)
     if (!keyIsDown_)
         return;
     keyIsDown_ = false;
-    const double now = clock_.seconds();
-    if (lastTapTime_ && now - *lastTapTime_ < doubleTapInterval) {
+    const qint64 now = qRound64(clock_.seconds() * 1000);
+    if (lastTapTime_ && now - *lastTapTime_ < qRound64(doubleTapInterval * 1000)) {
         lastTapTime_.reset();
         deliverActivation();
     } else {

@@ -83,7 +83,7 @@ private:
     bool hasTap_ = false;
     bool hasDesktopShortcut_ = false;
     const KeyboardLayout* layout_;
-    std::optional<double> lastTapTime_;
+    std::optional<qint64> lastTapTime_; // in whole milliseconds, so that 0.3 s is exactly 0.3 s
     bool keyIsDown_ = false;
     QTimer* pollTimer_ = nullptr;
 };

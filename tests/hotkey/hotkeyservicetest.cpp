@@ -13,9 +13,10 @@ namespace {
 using namespace ModifierFlag;
 constexpr quint64 Fn = Function;
 
-// One step of typing: wait, then the modifier flags change, or a key goes down.
+// One step of typing: wait (in whole milliseconds, so that a boundary is
+// exactly where the table says), then the modifier flags change, or a key goes down.
 struct Step {
-    double after;
+    int afterMs;
     quint64 flags;
     int keyCode = -1; // ≥ 0: a key-down with these flags
 };
@@ -50,7 +51,7 @@ protected:
     void type(const std::vector<Step>& steps)
     {
         for (const Step& s : steps) {
-            clock.advance(s.after);
+            clock.advance(s.afterMs / 1000.0);
             if (s.keyCode >= 0)
                 platform.keyDown(quint16(s.keyCode), s.flags);
             else
@@ -76,22 +77,24 @@ const auto opt = HotkeyMode::doubleTapOption;
 const auto custom = HotkeyMode::customShortcut;
 
 INSTANTIATE_TEST_SUITE_P(DoubleTap, DetectorSequences, testing::Values(
-    Sequence{"secondReleaseAfter029", cmd, {{0, Command}, {0.05, 0}, {0.1, Command}, {0.19, 0}}, 1},
-    Sequence{"secondReleaseAfter030", cmd, {{0, Command}, {0.05, 0}, {0.1, Command}, {0.2, 0}}, 0},
-    Sequence{"lateSecondTapBecomesTheFirst", cmd, {{0, Command}, {0, 0}, {0.2, Command}, {0.2, 0}, {0.1, Command}, {0.1, 0}}, 1},
-    Sequence{"threeQuickTaps", cmd, {{0, Command}, {0, 0}, {0.1, Command}, {0, 0}, {0.1, Command}, {0, 0}}, 1},
-    Sequence{"fourQuickTaps", cmd, {{0, Command}, {0, 0}, {0.1, Command}, {0, 0}, {0.1, Command}, {0, 0}, {0.1, Command}, {0, 0}}, 2},
-    Sequence{"longHoldThenQuickTap", cmd, {{0, Command}, {5.0, 0}, {0.1, Command}, {0.1, 0}}, 1},
-    Sequence{"commandWithShift", cmd, {{0, Command | Shift}, {0, 0}, {0.1, Command | Shift}, {0, 0}}, 0},
-    Sequence{"shiftTouchedWhileHeldDiscardsThePendingTap", cmd, {{0, Command}, {0, 0}, {0.1, Command}, {0, Command | Shift}, {0, Command}, {0, 0}}, 0},
-    Sequence{"afterTheDiscardATapArmsAgain", cmd, {{0, Command}, {0, Command | Shift}, {0, Command}, {0, 0}, {0.1, Command}, {0.1, 0}}, 1},
-    Sequence{"keysTypedWhileHeldDoNotMatter", cmd, {{0, Command}, {0, 0}, {0.1, Command}, {0.05, Command, 8}, {0.05, 0}}, 1},
-    Sequence{"optionTapsInCommandMode", cmd, {{0, Option}, {0, 0}, {0.1, Option}, {0, 0}}, 0},
-    Sequence{"optionMode", opt, {{0, Option}, {0, 0}, {0.1, Option}, {0, 0}}, 1},
-    Sequence{"commandTapsInOptionMode", opt, {{0, Command}, {0, 0}, {0.1, Command}, {0, 0}}, 0},
-    Sequence{"commandResetsAPendingOptionTap", opt, {{0, Option}, {0, 0}, {0.05, Command}, {0, 0}, {0.05, Option}, {0, 0}}, 0},
-    Sequence{"capsLockAndFnBetweenTapsDoNotReset", opt, {{0, Option}, {0, 0}, {0.05, CapsLock}, {0.05, Fn}, {0, 0}, {0.05, Option | CapsLock}, {0, CapsLock}}, 1},
-    Sequence{"releaseWithoutPressDoesNothing", cmd, {{0, 0}, {0.1, 0}}, 0}),
+    // Release to release: 299 ms is a double tap, 300 and 301 are not.
+    Sequence{"secondReleaseAfter299ms", cmd, {{0, Command}, {50, 0}, {100, Command}, {199, 0}}, 1},
+    Sequence{"secondReleaseAfter300ms", cmd, {{0, Command}, {50, 0}, {100, Command}, {200, 0}}, 0},
+    Sequence{"secondReleaseAfter301ms", cmd, {{0, Command}, {50, 0}, {100, Command}, {201, 0}}, 0},
+    Sequence{"lateSecondTapBecomesTheFirst", cmd, {{0, Command}, {0, 0}, {200, Command}, {200, 0}, {100, Command}, {100, 0}}, 1},
+    Sequence{"threeQuickTaps", cmd, {{0, Command}, {0, 0}, {100, Command}, {0, 0}, {100, Command}, {0, 0}}, 1},
+    Sequence{"fourQuickTaps", cmd, {{0, Command}, {0, 0}, {100, Command}, {0, 0}, {100, Command}, {0, 0}, {100, Command}, {0, 0}}, 2},
+    Sequence{"longHoldThenQuickTap", cmd, {{0, Command}, {5000, 0}, {100, Command}, {100, 0}}, 1},
+    Sequence{"commandWithShift", cmd, {{0, Command | Shift}, {0, 0}, {100, Command | Shift}, {0, 0}}, 0},
+    Sequence{"shiftTouchedWhileHeldDiscardsThePendingTap", cmd, {{0, Command}, {0, 0}, {100, Command}, {0, Command | Shift}, {0, Command}, {0, 0}}, 0},
+    Sequence{"afterTheDiscardATapArmsAgain", cmd, {{0, Command}, {0, Command | Shift}, {0, Command}, {0, 0}, {100, Command}, {100, 0}}, 1},
+    Sequence{"keysTypedWhileHeldDoNotMatter", cmd, {{0, Command}, {0, 0}, {100, Command}, {50, Command, 8}, {50, 0}}, 1},
+    Sequence{"optionTapsInCommandMode", cmd, {{0, Option}, {0, 0}, {100, Option}, {0, 0}}, 0},
+    Sequence{"optionMode", opt, {{0, Option}, {0, 0}, {100, Option}, {0, 0}}, 1},
+    Sequence{"commandTapsInOptionMode", opt, {{0, Command}, {0, 0}, {100, Command}, {0, 0}}, 0},
+    Sequence{"commandResetsAPendingOptionTap", opt, {{0, Option}, {0, 0}, {50, Command}, {0, 0}, {50, Option}, {0, 0}}, 0},
+    Sequence{"capsLockAndFnBetweenTapsDoNotReset", opt, {{0, Option}, {0, 0}, {50, CapsLock}, {50, Fn}, {0, 0}, {50, Option | CapsLock}, {0, CapsLock}}, 1},
+    Sequence{"releaseWithoutPressDoesNothing", cmd, {{0, 0}, {100, 0}}, 0}),
     [](const auto& info) { return std::string(info.param.name); });
 
 INSTANTIATE_TEST_SUITE_P(CustomShortcut, DetectorSequences, testing::Values(
@@ -100,8 +103,8 @@ INSTANTIATE_TEST_SUITE_P(CustomShortcut, DetectorSequences, testing::Values(
     Sequence{"capsLockIgnored", custom, {{0, Control | Option | CapsLock, 40}}, 1},
     Sequence{"otherKey", custom, {{0, Control | Option, 41}}, 0},
     Sequence{"missingModifier", custom, {{0, Control, 40}}, 0},
-    Sequence{"eachKeyDownActivates", custom, {{0, Control | Option, 40}, {0.5, Control | Option, 40}}, 2},
-    Sequence{"doubleTapsDoNothing", custom, {{0, Command}, {0, 0}, {0.1, Command}, {0, 0}}, 0}),
+    Sequence{"eachKeyDownActivates", custom, {{0, Control | Option, 40}, {500, Control | Option, 40}}, 2},
+    Sequence{"doubleTapsDoNothing", custom, {{0, Command}, {0, 0}, {100, Command}, {0, 0}}, 0}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(Detector, ShortcutWithoutAnyOfTheFourBitsMatchesTheBareKey)
@@ -141,7 +144,7 @@ TEST_F(Detector, ActivationIsAQueuedTaskThatNeedsTheService)
 {
     create();
     service->start();
-    type({{0, Command}, {0, 0}, {0.1, Command}, {0, 0}});
+    type({{0, Command}, {0, 0}, {100, Command}, {0, 0}});
     EXPECT_EQ(activated, 0); // not inside the tap's callback
     service.reset();
     EXPECT_EQ(activations(), 0);
@@ -251,7 +254,7 @@ TEST_F(Detector, StopDropsTheTapAndThePendingTapButNotTheFlag)
     EXPECT_FALSE(platform.hasTap());
     EXPECT_TRUE(service->isActive());
     service->start();
-    type({{0.1, Command}, {0, 0}}); // the earlier tap was forgotten
+    type({{100, Command}, {0, 0}}); // the earlier tap was forgotten
     EXPECT_EQ(activations(), 0);
     EXPECT_EQ(platform.tapsCreated, 2);
 }
