@@ -1,6 +1,7 @@
 // Reads the menus of running applications over and over, cold (a new reader
 // each time, so nothing is cached) and warm (the reader's two-second cache),
 // and prints milliseconds per application.
+#include "bench/samples.h"
 #include "menu/accessibilityservice.h"
 #include "platform/linux/atspi/atspiaccessibility.h"
 
@@ -28,8 +29,9 @@ int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
     const QStringList names = app.arguments().mid(1);
-    constexpr int kRounds = 10;
+    const int kRounds = rounds(10);
     AtspiAccessibility ax;
+    int missing = 0;
     std::printf("%-14s %6s %28s %28s\n", "application", "items", "cold ms (median, min–max)", "warm ms (median, min–max)");
     for (const QString& name : names) {
         std::optional<RunningApplication> target;
@@ -39,6 +41,7 @@ int main(int argc, char** argv)
         }
         if (!target) {
             std::printf("%-14s not on the accessibility bus\n", qPrintable(name));
+            ++missing;
             continue;
         }
         std::vector<double> cold, warm;
@@ -58,9 +61,11 @@ int main(int argc, char** argv)
             cached.getMenuItems(target);
             warm.push_back(double(timer.nsecsElapsed()) / 1e6);
         }
+        if (items == 0)
+            ++missing; // a reading that cannot read anything measures nothing
         const Stats c = stats(cold), w = stats(warm);
         std::printf("%-14s %6lld %10.1f (%6.1f–%6.1f) %14.3f (%5.3f–%5.3f)\n", qPrintable(name), qlonglong(items),
                     c.median, c.min, c.max, w.median, w.min, w.max);
     }
-    return 0;
+    return missing == 0 && !names.isEmpty() ? 0 : 1;
 }

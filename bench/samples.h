@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QtGlobal>
+
 #include <algorithm>
 #include <vector>
 
@@ -13,4 +15,17 @@ inline double median(std::vector<double> v)
 inline double largest(const std::vector<double>& v)
 {
     return v.empty() ? 0 : *std::max_element(v.begin(), v.end());
+}
+
+// A smoke run (KESTRIO_BENCH_SMOKE set, as the test suite runs every
+// benchmark): one round at tiny sizes, to show the benchmark still runs,
+// never to measure.
+inline bool smokeRun()
+{
+    return qEnvironmentVariableIsSet("KESTRIO_BENCH_SMOKE");
+}
+
+inline int rounds(int full)
+{
+    return smokeRun() ? 1 : full;
 }
