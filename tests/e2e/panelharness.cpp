@@ -103,7 +103,8 @@ int main(int argc, char** argv)
                 {"selected", model->selectedIndex()},
                 {"rows", rows},
                 {"visible", controller.panel()->isVisible()},
-                {"focus", view->searchField()->hasFocus()}});
+                {"focus", view->searchField()->hasFocus()},
+                {"footer", view->footerText()}});
     };
     // Reported after the view has updated.
     auto later = [&] { QTimer::singleShot(0, &app, describe); };

@@ -46,6 +46,8 @@ TEST_F(PanelOverMousepad, TypeSaveAsThenReturnRunsItInMousepad)
     ASSERT_TRUE(harness.reports([](const QJsonObject& s) { return s["query"] == "save as"; }));
     const QJsonArray first = harness.last()["rows"].toArray().at(0).toArray();
     EXPECT_EQ(first, (QJsonArray{"Save As...", "File", "Ctrl+Shift+S"}));
+    // The name the desktop shows for it, from its desktop entry.
+    EXPECT_EQ(harness.last()["footer"], "Menus from: <b>Mousepad</b>");
     screenshot("panel-save-as");
 
     run("xdotool", {"key", "Return"});
