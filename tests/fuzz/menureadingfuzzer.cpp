@@ -8,6 +8,7 @@
 #include "platform/accessibility.h"
 #include "platform/linux/atspi/atspielement.h"
 #include "platform/linux/atspi/atspimenureader.h"
+#include "tests/fuzz/elementtree.h"
 #include "tests/support/atspiobjecttable.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
@@ -32,18 +33,6 @@ AtspiRef ref(int id)
 AtspiRef anyRef(FuzzedDataProvider& in)
 {
     return ref(in.ConsumeIntegralInRange(0, kPool - 1));
-}
-
-int countElements(const AccessibilityElementRef& element, int depth, int& deepest)
-{
-    deepest = std::max(deepest, depth);
-    const auto* e = dynamic_cast<const AtspiElement*>(element.get());
-    if (!e)
-        std::abort();
-    int count = 1;
-    for (const AccessibilityElementRef& child : e->children)
-        count += countElements(child, depth + 1, deepest);
-    return count;
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 #include "platform/accessibility.h"
 #include "platform/linux/atspi/atspielement.h"
 #include "platform/linux/atspi/atspimenureader.h"
+#include "tests/fuzz/elementtree.h"
 #include "tests/support/atspiobjecttable.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
@@ -27,18 +28,6 @@ AtspiRef ref(FuzzedDataProvider& in)
     if (id == 40)
         return {QString(), QStringLiteral("/org/a11y/atspi/null")};
     return {QStringLiteral(":1.%1").arg(id % 3), QStringLiteral("/o/%1").arg(id)};
-}
-
-int countElements(const AccessibilityElementRef& element, int depth, int& deepest)
-{
-    deepest = std::max(deepest, depth);
-    const auto* e = dynamic_cast<const AtspiElement*>(element.get());
-    if (!e)
-        std::abort();
-    int count = 1;
-    for (const AccessibilityElementRef& child : e->children)
-        count += countElements(child, depth + 1, deepest);
-    return count;
 }
 
 } // namespace
