@@ -158,8 +158,19 @@ void HotkeyService::handleEvent(const KeyEvent& event)
             handleKeyDown(event.flags, event.keyCode);
         return;
     }
-    if (event.type == KeyEvent::flagsChanged)
+    if (event.type == KeyEvent::flagsChanged) {
         handleFlagsChanged(event.flags);
+        return;
+    }
+    // On Linux a tap is the watched modifier pressed alone: Ctrl is in nearly
+    // every shortcut, and Ctrl+A then Ctrl+C typed quickly would otherwise be
+    // a double tap. A key, a mouse button or a wheel turn while it is held
+    // cancels the tap and the one before it. (This deliberately departs from
+    // the rule that keys typed while the modifier is held play no part.)
+    if ((event.type == KeyEvent::keyDown || event.type == KeyEvent::pointerInput) && keyIsDown_) {
+        keyIsDown_ = false;
+        lastTapTime_.reset();
+    }
 }
 
 void HotkeyService::handleFlagsChanged(quint64 flags)

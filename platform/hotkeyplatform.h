@@ -8,6 +8,9 @@
 struct KeyEvent {
     static constexpr int keyDown = 10;
     static constexpr int flagsChanged = 12;
+    // Not a key: a mouse button went down or a wheel turned. A modifier held
+    // meanwhile is part of a click or a zoom, not a tap.
+    static constexpr int pointerInput = 1;
 
     int type = 0;
     quint64 flags = 0;   // device-independent modifier bits
@@ -32,8 +35,9 @@ public:
     virtual bool isProcessTrusted() = 0;
     // Whether some application hides its key presses from watchers.
     virtual bool isSecureEventInputEnabled() = 0;
-    // Creates a tap that passes every key-down and modifier change to
-    // `callback` on the main thread without altering it; false when refused.
+    // Creates a tap that passes every key-down, modifier change, mouse-button
+    // press and wheel turn to `callback` on the main thread without altering
+    // it; false when refused.
     virtual bool createTap(Callback callback) = 0;
     virtual void enableTap(bool enabled) = 0;
     // Drops the tap; no more events arrive.

@@ -58,5 +58,6 @@ public:
             callback(KeyEvent{type, flags, keyCode});
     }
     void flags(quint64 f) { send(KeyEvent::flagsChanged, f); }
+    void pointer(quint64 f) { send(KeyEvent::pointerInput, f); }
     void keyDown(quint16 code, quint64 f) { send(KeyEvent::keyDown, f, code); }
 };

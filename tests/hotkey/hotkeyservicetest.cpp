@@ -15,10 +15,12 @@ constexpr quint64 Fn = Function;
 
 // One step of typing: wait (in whole milliseconds, so that a boundary is
 // exactly where the table says), then the modifier flags change, or a key goes down.
+constexpr int kPointer = -2; // a mouse button pressed or a wheel turned
+
 struct Step {
     int afterMs;
     quint64 flags;
-    int keyCode = -1; // ≥ 0: a key-down with these flags
+    int keyCode = -1; // ≥ 0: a key-down with these flags; kPointer: a click or a wheel turn
 };
 
 struct Sequence {
@@ -54,6 +56,8 @@ protected:
             clock.advance(s.afterMs / 1000.0);
             if (s.keyCode >= 0)
                 platform.keyDown(quint16(s.keyCode), s.flags);
+            else if (s.keyCode == kPointer)
+                platform.pointer(s.flags);
             else
                 platform.flags(s.flags);
         }
@@ -88,7 +92,15 @@ INSTANTIATE_TEST_SUITE_P(DoubleTap, DetectorSequences, testing::Values(
     Sequence{"commandWithShift", cmd, {{0, Command | Shift}, {0, 0}, {100, Command | Shift}, {0, 0}}, 0},
     Sequence{"shiftTouchedWhileHeldDiscardsThePendingTap", cmd, {{0, Command}, {0, 0}, {100, Command}, {0, Command | Shift}, {0, Command}, {0, 0}}, 0},
     Sequence{"afterTheDiscardATapArmsAgain", cmd, {{0, Command}, {0, Command | Shift}, {0, Command}, {0, 0}, {100, Command}, {100, 0}}, 1},
-    Sequence{"keysTypedWhileHeldDoNotMatter", cmd, {{0, Command}, {0, 0}, {100, Command}, {50, Command, 8}, {50, 0}}, 1},
+    // A tap is the modifier pressed alone: what else happens while it is held
+    // makes it a shortcut, a click or a zoom, and cancels the tap before it too.
+    Sequence{"aKeyTypedWhileHeldCancelsTheTap", cmd, {{0, Command}, {0, 0}, {100, Command}, {50, Command, 8}, {50, 0}}, 0},
+    Sequence{"ctrlAThenCtrlC", cmd, {{0, Command}, {30, Command, 0}, {30, 0}, {60, Command}, {30, Command, 8}, {30, 0}}, 0},
+    Sequence{"aShortcutBeforeTwoTapsLeavesThem", cmd, {{0, Command}, {30, Command, 8}, {30, 0}, {100, Command}, {50, 0}, {50, Command}, {50, 0}}, 1},
+    Sequence{"clicksWhileHeld", cmd, {{0, Command}, {20, Command, kPointer}, {20, 0}, {100, Command}, {20, Command, kPointer}, {20, 0}}, 0},
+    Sequence{"aWheelTurnWhileHeldCancelsTheFirstTap", cmd, {{0, Command}, {50, 0}, {50, Command}, {20, Command, kPointer}, {20, 0}, {50, Command}, {50, 0}}, 0},
+    Sequence{"theMouseWhileNothingIsHeldDoesNotMatter", cmd, {{0, Command}, {50, 0}, {20, 0, kPointer}, {50, Command}, {50, 0}}, 1},
+    Sequence{"optionHeldForAClick", opt, {{0, Option}, {20, Option, kPointer}, {20, 0}, {100, Option}, {50, 0}}, 0},
     Sequence{"optionTapsInCommandMode", cmd, {{0, Option}, {0, 0}, {100, Option}, {0, 0}}, 0},
     Sequence{"optionMode", opt, {{0, Option}, {0, 0}, {100, Option}, {0, 0}}, 1},
     Sequence{"commandTapsInOptionMode", opt, {{0, Command}, {0, 0}, {100, Command}, {0, 0}}, 0},

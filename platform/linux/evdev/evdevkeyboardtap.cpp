@@ -32,6 +32,26 @@ bool isKeyboard(int fd)
     return testBit(keys, KEY_A) && testBit(keys, KEY_Z) && testBit(keys, KEY_LEFTCTRL);
 }
 
+// A mouse or touchpad has a left button or a wheel.
+bool isPointer(int fd)
+{
+    unsigned long keys[(KEY_MAX + 1) / (sizeof(unsigned long) * 8) + 1] = {};
+    unsigned long axes[(REL_MAX + 1) / (sizeof(unsigned long) * 8) + 1] = {};
+    const bool button = ioctl(fd, EVIOCGBIT(EV_KEY, sizeof keys), keys) >= 0 && testBit(keys, BTN_LEFT);
+    const bool wheel = ioctl(fd, EVIOCGBIT(EV_REL, sizeof axes), axes) >= 0 && testBit(axes, REL_WHEEL);
+    return button || wheel;
+}
+
+bool isPointerButton(int code)
+{
+    return code >= BTN_MOUSE && code < BTN_JOYSTICK;
+}
+
+bool isWheel(int code)
+{
+    return code == REL_WHEEL || code == REL_HWHEEL || code == REL_WHEEL_HI_RES || code == REL_HWHEEL_HI_RES;
+}
+
 QStringList eventDevices(const QString& folder)
 {
     QStringList paths;
@@ -40,12 +60,14 @@ QStringList eventDevices(const QString& folder)
     return paths;
 }
 
-int openKeyboard(const QString& path)
+// The device at `path` when it is a keyboard (or, with `orPointer`, a mouse
+// or touchpad): the descriptor; else -1.
+int openDevice(const QString& path, bool orPointer)
 {
     const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0)
         return -1;
-    if (!isKeyboard(fd)) {
+    if (!isKeyboard(fd) && !(orPointer && isPointer(fd))) {
         ::close(fd);
         return -1;
     }
@@ -64,7 +86,7 @@ EvdevKeyboardTap::~EvdevKeyboardTap()
 bool EvdevKeyboardTap::canReadKeyboards(const QString& deviceFolder)
 {
     for (const QString& path : eventDevices(deviceFolder)) {
-        const int fd = openKeyboard(path);
+        const int fd = openDevice(path, false);
         if (fd >= 0) {
             ::close(fd);
             return true;
@@ -76,6 +98,8 @@ bool EvdevKeyboardTap::canReadKeyboards(const QString& deviceFolder)
 bool EvdevKeyboardTap::create(HotkeyPlatform::Callback callback)
 {
     release();
+    if (!canReadKeyboards(folder_))
+        return false; // mice alone see no keys
     callback_ = std::move(callback);
     scanFolder();
     if (devices_.isEmpty()) {
@@ -107,7 +131,8 @@ void EvdevKeyboardTap::scanFolder()
     for (const QString& path : eventDevices(folder_)) {
         if (open.contains(path))
             continue;
-        const int fd = openKeyboard(path);
+        // Mice too: Ctrl held for a click or a zoom is not a tap.
+        const int fd = openDevice(path, true);
         if (fd >= 0)
             addDevice(fd, path);
     }
@@ -172,8 +197,13 @@ void EvdevKeyboardTap::handleRecord(Device& device, quint16 type, quint16 code, 
         releaseAll(device);
         return;
     }
+    if ((type == EV_KEY && isPointerButton(code) && value == 1) || (type == EV_REL && isWheel(code) && value != 0)) {
+        if (enabled_ && callback_)
+            callback_(keys_.pointerInput());
+        return;
+    }
     // 0 release, 1 press, 2 auto-repeat (a key held, not pressed again).
-    if (type != EV_KEY || value < 0 || value > 1 || code > KEY_MAX)
+    if (type != EV_KEY || value < 0 || value > 1 || code > KEY_MAX || isPointerButton(code))
         return;
     key(device, code, value == 1);
 }

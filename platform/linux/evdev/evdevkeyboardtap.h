@@ -13,7 +13,8 @@ class QFileSystemWatcher;
 class QSocketNotifier;
 
 // Watches the keyboard through the kernel's input devices (/dev/input/event*),
-// where no display server shows a program every key: Wayland. Reading them
+// where no display server shows a program every key: Wayland. Mice and
+// touchpads are read for their buttons and wheels, which cancel a tap. Reading them
 // takes membership of the `input` group, which can read every key typed.
 // Nothing is grabbed; keys still reach the focused application. Keys held on
 // several keyboards count as one; a keyboard unplugged lets go of its keys.
@@ -29,8 +30,8 @@ public:
     // Whether some keyboard of the folder can be read by this user.
     static bool canReadKeyboards(const QString& deviceFolder = QString::fromLatin1(kDeviceFolder));
 
-    // Opens every readable keyboard and watches for new ones; false when
-    // there is none to read.
+    // Opens every readable keyboard and pointer and watches for new ones;
+    // false when there is none to read.
     bool create(HotkeyPlatform::Callback callback);
     void setEnabled(bool enabled) { enabled_ = enabled; }
     void release();

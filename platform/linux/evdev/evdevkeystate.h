@@ -14,6 +14,8 @@
 class EvdevKeyState {
 public:
     std::optional<KeyEvent> translate(int evdevCode, bool pressed);
+    // A mouse button pressed or a wheel turned, with the modifiers held now.
+    KeyEvent pointerInput() const { return KeyEvent{KeyEvent::pointerInput, currentFlags(), 0}; }
     void clear();
 
 private:

@@ -31,6 +31,9 @@ bool X11KeyboardTap::create(HotkeyPlatform::Callback callback)
     unsigned char bits[XIMaskLen(XI_LASTEVENT)] = {};
     XISetMask(bits, XI_RawKeyPress);
     XISetMask(bits, XI_RawKeyRelease);
+    // Buttons too (the wheel is buttons 4 to 7): a modifier held for a click
+    // or a zoom is not a tap.
+    XISetMask(bits, XI_RawButtonPress);
     XIEventMask mask{XIAllMasterDevices, int(sizeof bits), bits};
     XISelectEvents(display_, DefaultRootWindow(display_), &mask, 1);
     XFlush(display_);
@@ -71,6 +74,8 @@ void X11KeyboardTap::readEvents()
             const std::optional<KeyEvent> key = translate(raw->detail - EvdevKeyMap::kXkbKeycodeOffset, cookie->evtype == XI_RawKeyPress);
             if (key && enabled_ && callback_)
                 callback_(*key);
+        } else if (cookie->evtype == XI_RawButtonPress && enabled_ && callback_) {
+            callback_(keys_.pointerInput());
         }
         XFreeEventData(display_, cookie);
     }

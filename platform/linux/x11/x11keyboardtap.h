@@ -9,7 +9,7 @@ class QSocketNotifier;
 typedef struct _XDisplay Display;
 
 // Watches the keyboard of the whole X session through XInput 2.2 raw key
-// events on a connection of its own. Nothing is grabbed: every key still
+// (and button) events on a connection of its own. Nothing is grabbed: every key still
 // reaches the focused application. Raw events carry evdev codes (+ 8), which
 // EvdevKeyState turns into the detector's events.
 class X11KeyboardTap {

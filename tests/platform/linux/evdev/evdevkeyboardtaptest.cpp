@@ -41,7 +41,7 @@ void PrintTo(const Seen& s, std::ostream* os)
     *os << "{" << s.type << ", " << s.flags << ", " << s.keyCode << "}";
 }
 
-constexpr int flagsChanged = KeyEvent::flagsChanged, keyDown = KeyEvent::keyDown;
+constexpr int flagsChanged = KeyEvent::flagsChanged, keyDown = KeyEvent::keyDown, pointer = KeyEvent::pointerInput;
 
 // Keyboards made of pipes: the test writes the kernel's records into them.
 class EvdevKeyboardTapTest : public testing::Test {
@@ -104,6 +104,23 @@ TEST_F(EvdevKeyboardTapTest, ADoubleTapAndAHeldKeyAsTheDetectorSeesThem)
                                           {flagsChanged, 0}, {flagsChanged, Command}, {keyDown, Command, 1},
                                           {flagsChanged, 0}}))
         << "S is virtual key 1; its repeats and release are no events";
+}
+
+// A mouse beside the keyboard: its clicks and wheel turns reach the detector
+// with the modifiers held on the keyboard; its releases and motion do not.
+TEST_F(EvdevKeyboardTapTest, ClicksAndWheelTurnsCarryTheKeyboardsModifiers)
+{
+    const int keyboard = plugIn();
+    const int mouse = plugIn();
+    send(keyboard, key(KEY_LEFTCTRL, 1));
+    send(mouse, record(EV_REL, REL_X, 5) + record(EV_SYN, SYN_REPORT, 0)); // moved: nothing
+    send(mouse, key(BTN_LEFT, 1));
+    send(mouse, key(BTN_LEFT, 0));
+    send(mouse, record(EV_REL, REL_WHEEL, -1) + record(EV_SYN, SYN_REPORT, 0));
+    send(keyboard, key(KEY_LEFTCTRL, 0));
+    send(mouse, key(BTN_RIGHT, 1));
+    EXPECT_EQ(seen(5), (std::vector<Seen>{{flagsChanged, Command}, {pointer, Command}, {pointer, Command},
+                                          {flagsChanged, 0}, {pointer, 0}}));
 }
 
 TEST_F(EvdevKeyboardTapTest, TwoKeyboardsHoldingOneKeyCountOnce)
