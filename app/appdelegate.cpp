@@ -2,6 +2,7 @@
 
 
 #include "app/aboutview.h"
+#include "app/desktopshortcutpanel.h"
 #include "app/notificationhub.h"
 #include "app/onboardingview.h"
 #include "app/platformwords.h"
@@ -307,6 +308,8 @@ void AppDelegate::reloadHotkeyMode()
             }
         }
     }
+    // Chosen in Kestrio just now: the desktop's own shortcut follows.
+    hotkey.applyDesktopShortcutChoice();
     services_.analytics.track(QStringLiteral("settings_changed"), {{"setting_key", "hotkeyMode"}});
 }
 
@@ -405,14 +408,19 @@ void AppDelegate::showOnboarding()
     }
     delete onboardingWindow_;
     QPointer<AppDelegate> self(this);
+    // Where keys cannot reach Kestrio, the welcome sets up the desktop's shortcut too.
+    DesktopShortcutPanel* shortcut = nullptr;
+    if (services_.hotkey.desktopShortcutSetup() != DesktopShortcutSetup::notNeeded)
+        shortcut = new DesktopShortcutPanel(services_.hotkey, services_.settings, services_.notifications);
     auto* view = new OnboardingView(accessibilityService_, [self] {
         if (!self || !self->onboardingWindow_)
             return;
         self->onboardingWindow_->close();
         self->onboardingWindow_ = nullptr;
-    }, services_.hotkey.keyboardAccess());
+    }, services_.hotkey.keyboardAccess(), shortcut);
     onboardingView_ = view;
-    onboardingWindow_ = makeWindow(QStringLiteral("Welcome to Kestrio"), QSize(480, 360), view);
+    const int extra = shortcut ? shortcut->sizeHint().height() + view->layout()->spacing() : 0;
+    onboardingWindow_ = makeWindow(QStringLiteral("Welcome to Kestrio"), QSize(480, 360 + extra), view);
     // Closed in any way, it goes, and its permission poll with it.
     onboardingWindow_->setAttribute(Qt::WA_DeleteOnClose, true);
 }

@@ -28,7 +28,7 @@ StyledLabel* iconLabel(const QString& icon, const QString& content, Tone tone, Q
 } // namespace
 
 OnboardingView::OnboardingView(AccessibilityService& accessibilityService, std::function<void()> onComplete,
-                               KeyboardAccess keyboardAccess, QWidget* parent)
+                               KeyboardAccess keyboardAccess, QWidget* desktopShortcut, QWidget* parent)
     : QWidget(parent), accessibilityService_(accessibilityService), onComplete_(std::move(onComplete))
 {
     auto* column = new QVBoxLayout(this);
@@ -48,6 +48,10 @@ OnboardingView::OnboardingView(AccessibilityService& accessibilityService, std::
     column->addWidget(StyledLabel::centred(
         keyboardAccess == KeyboardAccess::none ? words.welcomeHintWithoutKeys : words.welcomeHint, Font::body,
         Tone::secondary, this));
+    if (desktopShortcut) {
+        desktopShortcut->setParent(this);
+        column->addWidget(desktopShortcut);
+    }
     auto* line = new QFrame(this);
     line->setFrameShape(QFrame::HLine);
     line->setFrameShadow(QFrame::Sunken);

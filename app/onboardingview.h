@@ -22,8 +22,11 @@ public:
 
     // Where the session shows no keys, the welcome names the command to bind
     // instead of the gesture.
+    // `desktopShortcut`, shown below the hint, sets up the desktop's own
+    // shortcut where keys cannot reach Kestrio; the view takes it over.
     OnboardingView(AccessibilityService& accessibilityService, std::function<void()> onComplete,
-                   KeyboardAccess keyboardAccess = KeyboardAccess::sessionWide, QWidget* parent = nullptr);
+                   KeyboardAccess keyboardAccess = KeyboardAccess::sessionWide, QWidget* desktopShortcut = nullptr,
+                   QWidget* parent = nullptr);
 
     bool hasPermission() const { return hasPermission_; }
     QPushButton* closingButton() const { return closing_; }

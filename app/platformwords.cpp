@@ -56,6 +56,11 @@ const PlatformWords& PlatformWords::macOS()
         .keysUnavailableMenuRow = QString(),
         .keysFromDevicesNote = QString(),
         .welcomeHintWithoutKeys = QString(),
+        .setUpDesktopShortcut = QString(),
+        .desktopShortcutBound = QString(),
+        .desktopShortcutPending = QString(),
+        .noDesktopShortcut = QString(),
+        .configLineNote = QString(),
         .noTrayTitle = QString(),
         .noTrayText = QString(), // the menu bar always has room for the icon
         .unpackFailedPrefix = QStringLiteral("Failed to mount DMG: "),
@@ -122,14 +127,19 @@ const PlatformWords& PlatformWords::linuxDesktop()
         .keysUnavailableTitle = QStringLiteral("Double-tap unavailable on Wayland"),
         .keysUnavailableText = QStringLiteral(
             "Wayland shows an app only the keys typed into its own windows, so Kestrio cannot watch for a double "
-            "tap or a shortcut. Bind a key to the command below in your desktop's keyboard settings instead. To "
-            "use the double tap, let Kestrio read the keyboard devices: run “sudo usermod -aG input $USER”, then "
-            "log out and in again. Members of the input group can read every key typed, passwords included."),
+            "tap or a shortcut itself: a shortcut of your desktop's own opens it instead, set up below. To use "
+            "the double tap, let Kestrio read the keyboard devices: run “sudo usermod -aG input $USER”, then log "
+            "out and in again. Members of the input group can read every key typed, passwords included."),
         .keysUnavailableMenuRow = QStringLiteral("Hotkey unavailable on Wayland — see Settings"),
         .keysFromDevicesNote = QStringLiteral("On Wayland, Kestrio reads your keyboards directly, as a member of the "
                                               "input group."),
         .welcomeHintWithoutKeys = QStringLiteral("Search and execute any menu item in the active app instantly.\n"
-                                                 "Bind a desktop shortcut to “kestrio --toggle” to get started."),
+                                                 "Set up a desktop shortcut below to get started."),
+        .setUpDesktopShortcut = QStringLiteral("Set Up Shortcut"),
+        .desktopShortcutBound = QStringLiteral("%1 opens Kestrio"),
+        .desktopShortcutPending = QStringLiteral("Asking the desktop…"),
+        .noDesktopShortcut = QStringLiteral("No shortcut of the desktop's opens Kestrio yet."),
+        .configLineNote = QStringLiteral("Add this line to your sway configuration, then reload it:"),
         .noTrayTitle = QStringLiteral("No tray on this desktop"),
         .noTrayText = QStringLiteral(
             "This desktop shows no tray icons, so Kestrio has no icon to click. Your hotkey still works. Turn on "

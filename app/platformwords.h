@@ -59,6 +59,12 @@ struct PlatformWords {
     QString keysUnavailableMenuRow;
     QString keysFromDevicesNote;
     QString welcomeHintWithoutKeys;
+    // The shortcut the desktop watches for Kestrio.
+    QString setUpDesktopShortcut;
+    QString desktopShortcutBound; // %1: the keys
+    QString desktopShortcutPending;
+    QString noDesktopShortcut;
+    QString configLineNote; // precedes the line for the compositor's configuration
 
     // A desktop without a tray.
     QString noTrayTitle;

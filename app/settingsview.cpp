@@ -2,6 +2,8 @@
 
 
 #include "app/appearancetheme.h"
+#include "app/desktopshortcutpanel.h"
+#include "app/desktopshortcutpanel.h"
 #include "app/formsection.h"
 #include "app/notificationhub.h"
 #include "app/platformwords.h"
@@ -238,24 +240,9 @@ void SettingsView::buildHotkey(FormSection* section)
     keysFromDevicesNote_ = note(words.keysFromDevicesNote, section);
     section->addRow(keysFromDevicesNote_);
 
-    // The command a desktop shortcut runs, to select or copy.
-    toggleCommandRow_ = new QWidget(section);
-    QVBoxLayout* commandColumn = column(toggleCommandRow_, 4, 0);
-    commandColumn->addWidget(note(words.toggleCommandNote, toggleCommandRow_));
-    auto* commandLine = new QWidget(toggleCommandRow_);
-    QHBoxLayout* commandRow = row(commandLine);
-    auto* command = new QLabel(words.toggleCommand, commandLine);
-    command->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    command->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    commandRow->addWidget(command);
-    commandRow->addStretch(1);
-    auto* copy = new QPushButton(words.copyCommand, commandLine);
-    connect(copy, &QPushButton::clicked, this,
-            [command = words.toggleCommand] { QGuiApplication::clipboard()->setText(command); });
-    commandRow->addWidget(copy);
-    commandColumn->addWidget(commandLine);
-    toggleCommandRow_->setVisible(!words.toggleCommand.isEmpty());
-    section->addRow(toggleCommandRow_);
+    // Where keys cannot reach Kestrio: the desktop's own shortcut, set up here.
+    desktopShortcut_ = new DesktopShortcutPanel(services_.hotkey, services_.settings, services_.notifications, section);
+    section->addRow(desktopShortcut_);
 }
 
 void SettingsView::buildAppearance(FormSection* section)

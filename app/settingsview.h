@@ -13,6 +13,7 @@
 #include <optional>
 
 class AccessibilityService;
+class DesktopShortcutPanel;
 class FormSection;
 class HotkeyService;
 class KeyboardLayout;
@@ -89,6 +90,7 @@ public:
     QList<FormSection*> sections() const { return sections_; }
     void scrollToSection(const QString& title);
     ShortcutRecorderButton* recorderButton() const { return recorder_; }
+    DesktopShortcutPanel* desktopShortcutPanel() const { return desktopShortcut_; }
 
 protected:
     void changeEvent(QEvent* event) override;
@@ -130,7 +132,7 @@ private:
     QWidget* inactiveBlock_ = nullptr;
     QWidget* keysUnavailableBlock_ = nullptr;
     QWidget* keysFromDevicesNote_ = nullptr;
-    QWidget* toggleCommandRow_ = nullptr;
+    DesktopShortcutPanel* desktopShortcut_ = nullptr;
     QComboBox* activationMethod_ = nullptr;
     QWidget* shortcutRow_ = nullptr;
     ShortcutRecorderButton* recorder_ = nullptr;

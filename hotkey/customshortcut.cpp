@@ -48,6 +48,11 @@ QString shortcutText(const CustomShortcut& shortcut, const KeyboardLayout& layou
     return modifierText(shortcut.modifiers, words) + (name ? *name : keyboardLayoutCharacter(shortcut.keyCode, layout));
 }
 
+CustomShortcut defaultDesktopShortcut()
+{
+    return CustomShortcut{49, ModifierFlag::Command | ModifierFlag::Option}; // 49: Space
+}
+
 QString desktopShortcutTrigger(const CustomShortcut& shortcut, const KeyboardLayout& layout)
 {
     // Keysym names of the keys with a US keyboard position but no character.

@@ -42,3 +42,6 @@ QString shortcutText(const CustomShortcut& shortcut, const KeyboardLayout& layou
 // "LOGO+space"): the Linux modifiers the flags stand for, then the key's
 // keysym name. Empty when the key has no name there.
 QString desktopShortcutTrigger(const CustomShortcut& shortcut, const KeyboardLayout& layout);
+// The shortcut offered where the desktop watches it for Kestrio: Ctrl+Alt+Space
+// (Command and Option stand for Ctrl and Alt, as everywhere on Linux).
+CustomShortcut defaultDesktopShortcut();

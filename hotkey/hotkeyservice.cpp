@@ -109,22 +109,63 @@ bool HotkeyService::installTap()
     return true;
 }
 
+QString HotkeyService::desktopTrigger() const
+{
+    return customShortcut ? desktopShortcutTrigger(*customShortcut, layout_ ? *layout_ : KeyboardLayout::current())
+                          : QString();
+}
+
 bool HotkeyService::installDesktopShortcut()
 {
     // Where the session shows no keys (Wayland), the desktop may watch the
     // custom shortcut itself; a double tap it cannot watch.
     if (mode_ != HotkeyMode::customShortcut || !customShortcut)
         return false;
-    const QString trigger =
-        desktopShortcutTrigger(*customShortcut, layout_ ? *layout_ : KeyboardLayout::current());
+    const QString trigger = desktopTrigger();
     QPointer<HotkeyService> self(this);
-    if (trigger.isEmpty() || !platform_.bindDesktopShortcut(trigger, [self] {
-            if (self)
-                self->deliverActivation();
-        }))
+    const auto activated = [self] {
+        if (self)
+            self->deliverActivation();
+    };
+    const auto changed = [self](const DesktopShortcutState& state) {
+        if (self)
+            self->setDesktopShortcut(state);
+    };
+    if (trigger.isEmpty() || !platform_.bindDesktopShortcut(trigger, replaceDesktopShortcut_, activated, changed))
         return false;
     hasDesktopShortcut_ = true;
     return true;
+}
+
+void HotkeyService::setDesktopShortcut(const DesktopShortcutState& state)
+{
+    if (desktopShortcut_ == state)
+        return;
+    desktopShortcut_ = state;
+    emit desktopShortcutChanged(state);
+}
+
+void HotkeyService::applyDesktopShortcutChoice()
+{
+    if (platform_.desktopShortcutSetup() != DesktopShortcutSetup::desktopWatches)
+        return;
+    if (mode_ != HotkeyMode::customShortcut || !customShortcut) {
+        platform_.forgetDesktopShortcut();
+        setDesktopShortcut({});
+        return;
+    }
+    replaceDesktopShortcut_ = true;
+    start();
+    replaceDesktopShortcut_ = false;
+}
+
+QString HotkeyService::desktopShortcutConfigLine() const
+{
+    // The recorded shortcut in the custom mode, else the one Kestrio offers.
+    const CustomShortcut shortcut =
+        mode_ == HotkeyMode::customShortcut && customShortcut ? *customShortcut : defaultDesktopShortcut();
+    const QString trigger = desktopShortcutTrigger(shortcut, layout_ ? *layout_ : KeyboardLayout::current());
+    return trigger.isEmpty() ? QString() : platform_.desktopShortcutConfigLine(trigger);
 }
 
 void HotkeyService::updatePolling()

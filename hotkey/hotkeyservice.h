@@ -61,12 +61,26 @@ public:
     // Every event the tap sees.
     void handleEvent(const KeyEvent& event);
 
+    // Where keys cannot reach Kestrio: how a shortcut of the desktop's own
+    // comes about, and what the desktop made of Kestrio's.
+    DesktopShortcutSetup desktopShortcutSetup() const { return platform_.desktopShortcutSetup(); }
+    const DesktopShortcutState& desktopShortcut() const { return desktopShortcut_; }
+    // The user changed the activation settings in Kestrio: in the custom
+    // mode, the desktop takes the recorded keys, replacing what it had;
+    // otherwise Kestrio's shortcut leaves the desktop.
+    void applyDesktopShortcutChoice();
+    // The line for the compositor's configuration, for the recorded shortcut.
+    QString desktopShortcutConfigLine() const;
+
 signals:
     void isActiveChanged(bool isActive);
     void isSecureInputActiveChanged(bool isSecureInputActive);
+    void desktopShortcutChanged(const DesktopShortcutState& state);
 
 private:
     void setActive(bool active);
+    void setDesktopShortcut(const DesktopShortcutState& state);
+    QString desktopTrigger() const;
     bool installTap();
     bool installDesktopShortcut();
     void updatePolling();
@@ -82,6 +96,8 @@ private:
     bool isSecureInputActive_ = false;
     bool hasTap_ = false;
     bool hasDesktopShortcut_ = false;
+    bool replaceDesktopShortcut_ = false; // the next binding replaces what the desktop has
+    DesktopShortcutState desktopShortcut_;
     const KeyboardLayout* layout_;
     std::optional<qint64> lastTapTime_; // in whole milliseconds, so that 0.3 s is exactly 0.3 s
     bool keyIsDown_ = false;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtGlobal>
+#include <QString>
 
 #include <functional>
 
@@ -15,6 +15,29 @@ struct KeyEvent {
     int type = 0;
     quint64 flags = 0;   // device-independent modifier bits
     quint16 keyCode = 0; // layout-independent virtual key code (key-down only)
+};
+
+// What became of Kestrio's shortcut where the desktop watches it.
+struct DesktopShortcutState {
+    enum class Kind {
+        none,    // not asked for
+        pending, // asked; the desktop has not answered yet
+        bound,   // the desktop runs Kestrio on `keys`
+        refused, // no keys open Kestrio: `problem` says why
+    };
+    Kind kind = Kind::none;
+    QString keys;    // as people read them: "Ctrl+Alt+Space"
+    QString problem; // a sentence for the user
+
+    friend bool operator==(const DesktopShortcutState&, const DesktopShortcutState&) = default;
+};
+
+// Where keys cannot reach Kestrio, how a shortcut of the desktop's own comes about.
+enum class DesktopShortcutSetup {
+    notNeeded,      // keys reach Kestrio itself
+    desktopWatches, // Kestrio asks the desktop to watch it (GNOME's settings, the shortcut portal)
+    configLine,     // the user adds a line to the compositor's configuration (sway)
+    byHand,         // the user binds the toggle command in the desktop's keyboard settings
 };
 
 // How this session lets a program see the keyboard.
@@ -44,17 +67,35 @@ public:
     virtual void releaseTap() = 0;
     virtual KeyboardAccess keyboardAccess() { return KeyboardAccess::sessionWide; }
 
+    virtual DesktopShortcutSetup desktopShortcutSetup() { return DesktopShortcutSetup::notNeeded; }
     // Where the desktop itself watches shortcuts for programs: asks it to
-    // call `activated` on the main thread whenever `trigger` ("CTRL+SHIFT+k")
-    // is pressed; the user may confirm or change the keys in the desktop's
-    // own dialog. False when the desktop offers no such watch.
-    virtual bool bindDesktopShortcut(const QString& trigger, std::function<void()> activated)
+    // open Kestrio whenever `trigger` ("CTRL+SHIFT+k") is pressed, calling
+    // `activated` or running the toggle command on the main thread; the user
+    // may confirm or change the keys in the desktop's own settings. With
+    // `replace` the user just chose these keys in Kestrio, so they replace
+    // what the desktop has; else keys the user gave in the desktop's own
+    // settings stay. `changed` hears what the desktop made of it, on the main
+    // thread. False when the desktop offers no such watch.
+    virtual bool bindDesktopShortcut(const QString& trigger, bool replace, std::function<void()> activated,
+                                     std::function<void(const DesktopShortcutState&)> changed)
     {
         Q_UNUSED(trigger);
+        Q_UNUSED(replace);
         Q_UNUSED(activated);
+        Q_UNUSED(changed);
         return false;
     }
+    // Stops listening (Kestrio restarts the detector, or quits): what the
+    // desktop keeps for the user stays.
     virtual void releaseDesktopShortcut() {}
+    // The user no longer wants a shortcut: the desktop's entry for Kestrio goes.
+    virtual void forgetDesktopShortcut() {}
+    // The line that binds `trigger` in the compositor's configuration (configLine setups).
+    virtual QString desktopShortcutConfigLine(const QString& trigger)
+    {
+        Q_UNUSED(trigger);
+        return {};
+    }
 
     // The platform's own.
     static HotkeyPlatform& current();

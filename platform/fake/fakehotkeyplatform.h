@@ -2,6 +2,8 @@
 
 #include "platform/hotkeyplatform.h"
 
+#include <optional>
+
 // A keyboard that a test types on.
 class FakeHotkeyPlatform final : public HotkeyPlatform {
 public:
@@ -35,13 +37,26 @@ public:
     // A desktop that watches shortcuts itself, when `desktopWatchesShortcuts`.
     bool desktopWatchesShortcuts = false;
     QString desktopTrigger;
+    bool desktopReplaced = false; // the last binding replaced what the desktop had
+    int desktopForgotten = 0;
     std::function<void()> desktopActivated;
-    bool bindDesktopShortcut(const QString& trigger, std::function<void()> activated) override
+    std::function<void(const DesktopShortcutState&)> desktopChanged;
+    std::optional<DesktopShortcutSetup> setup; // else as `desktopWatchesShortcuts` says
+    DesktopShortcutSetup desktopShortcutSetup() override
+    {
+        if (setup)
+            return *setup;
+        return desktopWatchesShortcuts ? DesktopShortcutSetup::desktopWatches : DesktopShortcutSetup::notNeeded;
+    }
+    bool bindDesktopShortcut(const QString& trigger, bool replace, std::function<void()> activated,
+                             std::function<void(const DesktopShortcutState&)> changed) override
     {
         if (!desktopWatchesShortcuts)
             return false;
         desktopTrigger = trigger;
+        desktopReplaced = replace;
         desktopActivated = std::move(activated);
+        desktopChanged = std::move(changed);
         return true;
     }
     void releaseDesktopShortcut() override
@@ -49,6 +64,8 @@ public:
         desktopTrigger.clear();
         desktopActivated = nullptr;
     }
+    void forgetDesktopShortcut() override { ++desktopForgotten; }
+    QString desktopShortcutConfigLine(const QString& trigger) override { return "bindsym " + trigger; }
 
     bool hasTap() const { return bool(callback); }
     // Delivers an event as the system would, if a tap is there and enabled.

@@ -5,7 +5,9 @@
 #include "platform/linux/dbus/sessionbuscontrol.h"
 #include "platform/linux/displaysession.h"
 #include "platform/linux/evdev/evdevkeyboardtap.h"
+#include "platform/linux/gnome/gnomeshortcut.h"
 #include "platform/linux/portal/globalshortcutsportal.h"
+#include "platform/linux/sway/swaybinding.h"
 #include "platform/linux/sway/swaywindows.h"
 #include "platform/linux/tarupdatepackaging.h"
 #include "platform/linux/wayland/waylanddesktopwindows.h"
@@ -20,6 +22,8 @@
 #include "platform/updatepackaging.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
+#include <QStandardPaths>
 
 namespace {
 
@@ -101,12 +105,42 @@ public:
             return KeyboardAccess::sessionWide;
         return EvdevKeyboardTap::canReadKeyboards() ? KeyboardAccess::inputDevices : KeyboardAccess::none;
     }
-    bool bindDesktopShortcut(const QString& trigger, std::function<void()> activated) override
+    DesktopShortcutSetup desktopShortcutSetup() override
     {
+        if (keyboardAccess() != KeyboardAccess::none)
+            return DesktopShortcutSetup::notNeeded;
+        switch (DisplaySession::current().compositor) {
+        case DisplaySession::Compositor::gnome:
+            // GNOME's own custom shortcuts, which its settings show and edit.
+            return GnomeShortcut::isAvailable() ? DesktopShortcutSetup::desktopWatches : DesktopShortcutSetup::byHand;
+        case DisplaySession::Compositor::sway:
+            return DesktopShortcutSetup::configLine;
+        case DisplaySession::Compositor::kde:
+            return DesktopShortcutSetup::desktopWatches; // the shortcut portal
+        default:
+            return portal().isAvailable().value_or(false) ? DesktopShortcutSetup::desktopWatches
+                                                         : DesktopShortcutSetup::byHand;
+        }
+    }
+    bool bindDesktopShortcut(const QString& trigger, bool replace, std::function<void()> activated,
+                             std::function<void(const DesktopShortcutState&)> changed) override
+    {
+        if (!wayland_)
+            return false;
+        if (DisplaySession::current().compositor == DisplaySession::Compositor::gnome) {
+            if (!GnomeShortcut::isAvailable())
+                return false;
+            // GNOME runs the toggle command; `activated` is not needed.
+            changed({DesktopShortcutState::Kind::pending, {}, {}});
+            gnome().bind(trigger, replace, std::move(changed));
+            return true;
+        }
         // Asked once the portal has said whether it is there; until then the
         // detector's poll asks again.
-        if (!wayland_ || !portal().isAvailable().value_or(false))
+        if (!portal().isAvailable().value_or(false))
             return false;
+        QObject::disconnect(portalState_);
+        portalState_ = QObject::connect(&portal(), &GlobalShortcutsPortal::stateChanged, &portal(), std::move(changed));
         portal().bind(trigger, QStringLiteral("Open Kestrio's search panel"), std::move(activated));
         return true;
     }
@@ -114,6 +148,16 @@ public:
     {
         if (portal_)
             portal_->release();
+    }
+    void forgetDesktopShortcut() override
+    {
+        if (DisplaySession::current().compositor == DisplaySession::Compositor::gnome && GnomeShortcut::isAvailable())
+            gnome().forget();
+        releaseDesktopShortcut();
+    }
+    QString desktopShortcutConfigLine(const QString& trigger) override
+    {
+        return swayBindsym(trigger, toggleCommand());
     }
     // Where the desktop may watch shortcuts, it is asked early: the answer
     // decides the custom shortcut at start.
@@ -131,7 +175,29 @@ private:
         return *portal_;
     }
 
+    GnomeShortcut& gnome()
+    {
+        if (!gnome_)
+            gnome_ = std::make_unique<GnomeShortcut>(toggleCommand());
+        return *gnome_;
+    }
+
+    // The command a desktop shortcut runs: this program, by name where that
+    // finds it (an installed Kestrio), else by its path (a build of its own).
+    static QString toggleCommand()
+    {
+        const QString self = QFileInfo(QCoreApplication::applicationFilePath()).canonicalFilePath();
+        const QString found = QStandardPaths::findExecutable(QStringLiteral("kestrio"));
+        if (!found.isEmpty() && QFileInfo(found).canonicalFilePath() == self)
+            return QStringLiteral("kestrio --toggle");
+        QString quoted = self;
+        quoted.replace(u'\'', QStringLiteral("'\\''"));
+        return u'\'' + quoted + QStringLiteral("' --toggle");
+    }
+
     std::unique_ptr<GlobalShortcutsPortal> portal_;
+    QMetaObject::Connection portalState_;
+    std::unique_ptr<GnomeShortcut> gnome_;
     const bool wayland_ = DisplaySession::current().isWayland();
     X11KeyboardTap x11_;
     EvdevKeyboardTap devices_;

@@ -1,5 +1,6 @@
 #include "app/aboutview.h"
 #include "app/appdelegate.h"
+#include "app/desktopshortcutpanel.h"
 #include "app/notificationhub.h"
 #include "app/onboardingview.h"
 #include "app/platformwords.h"
@@ -207,6 +208,28 @@ TEST_F(Controller, WhereTheSessionShowsNoKeysTheTrayPointsToTheSettings)
     row(words.keysUnavailableMenuRow)->trigger();
     ASSERT_TRUE(app->settingsWindow());
     EXPECT_EQ(ax.settingsOpened, 0); // accessibility would not help
+}
+
+// Where the desktop watches shortcuts for Kestrio (GNOME, KDE under
+// Wayland), the welcome's one click sets one up: the controller applies the
+// choice, the desktop is asked, and what it granted shows in the welcome.
+TEST_F(Controller, TheWelcomeSetsUpTheDesktopsShortcut)
+{
+    keyboard.access = KeyboardAccess::none;
+    keyboard.refuseTap = true;
+    keyboard.desktopWatchesShortcuts = true;
+    launch();
+    ASSERT_TRUE(app->onboardingWindow());
+    auto* panel = app->onboardingWindow()->findChild<DesktopShortcutPanel*>();
+    ASSERT_TRUE(panel);
+    EXPECT_GT(app->onboardingWindow()->height(), 360); // the window grew to fit it
+    QTest::mouseClick(panel->setUpButton(), Qt::LeftButton);
+    EXPECT_EQ(hotkey.mode(), HotkeyMode::customShortcut);
+    EXPECT_EQ(keyboard.desktopTrigger, "CTRL+ALT+space");
+    EXPECT_TRUE(keyboard.desktopReplaced);
+    ASSERT_TRUE(keyboard.desktopChanged);
+    keyboard.desktopChanged({DesktopShortcutState::Kind::bound, "Ctrl+Alt+Space", {}});
+    EXPECT_EQ(panel->statusText(), "Ctrl+Alt+Space opens Kestrio");
 }
 
 TEST_F(Controller, TheToggleThatStartedTheProgramWaitsToLearnTheFrontApplication)

@@ -1,3 +1,4 @@
+#include "app/desktopshortcutpanel.h"
 #include "app/formsection.h"
 #include "app/notificationhub.h"
 #include "app/platformwords.h"
@@ -272,27 +273,84 @@ TEST_F(Settings, WarningsFollowTheDetectorWhileOpen)
 
 TEST_F(Settings, TheHotkeySectionSaysHowKeysReachKestrio)
 {
-    // The toggle command is always there to bind; the rest follows the session.
+    // What the session shows Kestrio of the keys, and where it shows none,
+    // how the desktop's own shortcut comes about.
     struct Case {
         KeyboardAccess access;
-        bool unavailable, fromDevices, inactive;
+        DesktopShortcutSetup setup;
+        bool unavailable, fromDevices, inactive, setUpButton, command, configLine;
     };
-    for (const Case& c : {Case{KeyboardAccess::sessionWide, false, false, true},
-                          Case{KeyboardAccess::inputDevices, false, true, true},
-                          Case{KeyboardAccess::none, true, false, false}}) {
+    using Setup = DesktopShortcutSetup;
+    for (const Case& c : {Case{KeyboardAccess::sessionWide, Setup::notNeeded, false, false, true, false, false, false},
+                          Case{KeyboardAccess::inputDevices, Setup::notNeeded, false, true, true, false, false, false},
+                          Case{KeyboardAccess::none, Setup::desktopWatches, true, false, false, true, false, false},
+                          Case{KeyboardAccess::none, Setup::configLine, true, false, false, false, false, true},
+                          Case{KeyboardAccess::none, Setup::byHand, true, false, false, false, true, false}}) {
+        SCOPED_TRACE(int(c.setup));
         keyboard.access = c.access;
+        keyboard.setup = c.setup;
         keyboard.refuseTap = true; // no tap: the detector is inactive in every case
         hotkey.start();
         open();
-        EXPECT_TRUE(shows(words.toggleCommand)) << int(c.access);
-        EXPECT_EQ(shows(words.keysUnavailableTitle), c.unavailable) << int(c.access);
-        EXPECT_EQ(shows(words.keysFromDevicesNote), c.fromDevices) << int(c.access);
+        EXPECT_EQ(shows(words.keysUnavailableTitle), c.unavailable);
+        EXPECT_EQ(shows(words.keysFromDevicesNote), c.fromDevices);
         // Accessibility is no remedy for keys the session never shows.
-        EXPECT_EQ(shows("Hotkey inactive"), c.inactive) << int(c.access);
+        EXPECT_EQ(shows("Hotkey inactive"), c.inactive);
+        EXPECT_EQ(shows(words.setUpDesktopShortcut), c.setUpButton);
+        EXPECT_EQ(shows(words.toggleCommand), c.command);
+        EXPECT_EQ(shows(words.configLineNote), c.configLine);
+        if (c.configLine) {
+            // The shortcut Kestrio offers until one is recorded, in sway's words.
+            EXPECT_EQ(view->desktopShortcutPanel()->lineText(), "bindsym CTRL+ALT+space");
+            QApplication::clipboard()->clear();
+            QTest::mouseClick(control(words.copyCommand), Qt::LeftButton);
+            EXPECT_EQ(QApplication::clipboard()->text(), "bindsym CTRL+ALT+space");
+        }
+        if (c.command) {
+            QApplication::clipboard()->clear();
+            QTest::mouseClick(control(words.copyCommand), Qt::LeftButton);
+            EXPECT_EQ(QApplication::clipboard()->text(), "kestrio --toggle");
+        }
     }
-    QApplication::clipboard()->clear();
-    QTest::mouseClick(control(words.copyCommand), Qt::LeftButton);
-    EXPECT_EQ(QApplication::clipboard()->text(), "kestrio --toggle");
+}
+
+// The one click where the desktop watches the shortcut: Ctrl+Alt+Space
+// becomes the custom shortcut, the controller hears of it, and what the
+// desktop made of it shows; a refusal says why and offers the click again.
+TEST_F(Settings, SetUpShortcutAsksTheDesktopAndShowsWhatItGranted)
+{
+    keyboard.access = KeyboardAccess::none;
+    keyboard.desktopWatchesShortcuts = true;
+    keyboard.refuseTap = true;
+    hotkey.start();
+    open();
+    DesktopShortcutPanel* panel = view->desktopShortcutPanel();
+    EXPECT_EQ(panel->statusText(), words.noDesktopShortcut);
+    QTest::mouseClick(control(words.setUpDesktopShortcut), Qt::LeftButton);
+    EXPECT_EQ(store.hotkeyModeText(), "customShortcut");
+    EXPECT_EQ(CustomShortcut::load(store), defaultDesktopShortcut());
+    EXPECT_EQ(announced, QStringList{"hotkeyModeChanged customShortcut 49"});
+
+    // The controller applies it (as on hotkeyModeChanged): the desktop is asked,
+    // replacing what it had.
+    hotkey.setMode(HotkeyMode::customShortcut);
+    hotkey.customShortcut = CustomShortcut::load(store);
+    hotkey.applyDesktopShortcutChoice();
+    EXPECT_EQ(keyboard.desktopTrigger, "CTRL+ALT+space");
+    EXPECT_TRUE(keyboard.desktopReplaced);
+    keyboard.desktopChanged({DesktopShortcutState::Kind::bound, "Ctrl+Alt+Space", {}});
+    EXPECT_EQ(panel->statusText(), "Ctrl+Alt+Space opens Kestrio");
+    EXPECT_FALSE(panel->setUpButton()->isVisible());
+
+    keyboard.desktopChanged({DesktopShortcutState::Kind::refused, {}, "Ctrl+Alt+Space is already taken."});
+    EXPECT_EQ(panel->statusText(), "Ctrl+Alt+Space is already taken.");
+    EXPECT_TRUE(panel->setUpButton()->isVisible());
+
+    // Leaving the custom mode in Kestrio takes the desktop's shortcut away.
+    hotkey.setMode(HotkeyMode::doubleTapCommand);
+    hotkey.applyDesktopShortcutChoice();
+    EXPECT_EQ(keyboard.desktopForgotten, 1);
+    EXPECT_EQ(panel->statusText(), words.noDesktopShortcut);
 }
 
 TEST_F(Settings, ThemeIsStoredAndApplied)

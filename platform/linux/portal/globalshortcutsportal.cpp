@@ -50,6 +50,9 @@ GlobalShortcutsPortal::GlobalShortcutsPortal(QDBusConnection bus, QObject* paren
     // own: any program on the bus can send signals of these names.
     bus_.connect(kService, QString(), kRequest, QStringLiteral("Response"), this, SLOT(requestAnswered(QDBusMessage)));
     bus_.connect(kService, kPath, kInterface, QStringLiteral("Activated"), this, SLOT(shortcutActivated(QDBusMessage)));
+    // The user changed the keys in the desktop's own settings.
+    bus_.connect(kService, kPath, kInterface, QStringLiteral("ShortcutsChanged"), this,
+                 SLOT(shortcutsChanged(QDBusMessage)));
 
     QDBusMessage version = QDBusMessage::createMethodCall(kService, kPath, QStringLiteral("org.freedesktop.DBus.Properties"),
                                                           QStringLiteral("Get"));
@@ -60,6 +63,9 @@ GlobalShortcutsPortal::GlobalShortcutsPortal(QDBusConnection bus, QObject* paren
         const QDBusPendingReply<QDBusVariant> reply = *watcher;
         available_ = !reply.isError() && reply.value().variant().toUInt() >= 1;
         emit availabilityKnown(*available_);
+        if (!*available_ && wanted_)
+            setState({DesktopShortcutState::Kind::refused, {},
+                      QStringLiteral("This desktop offers programs no way to ask for a shortcut.")});
         if (*available_ && wanted_ && step_ == Step::none)
             sessionHandle_.isEmpty() ? createSession() : bindShortcuts();
     });
@@ -87,6 +93,8 @@ void GlobalShortcutsPortal::bind(const QString& preferredTrigger, const QString&
     description_ = description;
     activated_ = std::move(activated);
     wanted_ = true;
+    if (state_.kind != DesktopShortcutState::Kind::bound)
+        setState({DesktopShortcutState::Kind::pending, {}, {}});
     if (available_.value_or(false) && step_ == Step::none)
         sessionHandle_.isEmpty() ? createSession() : bindShortcuts();
 }
@@ -125,7 +133,9 @@ void GlobalShortcutsPortal::requestAnswered(const QDBusMessage& message)
     const Step step = std::exchange(step_, Step::none);
     if (arguments.size() < 2 || response != 0) {
         // Refused or cancelled by the user: nothing is bound, nothing retried.
-        setBound(false);
+        setState({DesktopShortcutState::Kind::refused, {},
+                  response == 1 ? QStringLiteral("The shortcut was declined in the desktop's dialog.")
+                                : QStringLiteral("The desktop refused the shortcut.")});
         return;
     }
     if (step == Step::creatingSession) {
@@ -133,20 +143,53 @@ void GlobalShortcutsPortal::requestAnswered(const QDBusMessage& message)
         sessionHandle_ = handle.canConvert<QDBusObjectPath>() ? handle.value<QDBusObjectPath>().path() : handle.toString();
         if (sessionHandle_.isEmpty() || !sessionHandle_.startsWith(u'/')) {
             sessionHandle_.clear();
-            setBound(false);
+            setState({DesktopShortcutState::Kind::refused, {}, QStringLiteral("The desktop refused the shortcut.")});
             return;
         }
         if (wanted_)
             bindShortcuts();
         return;
     }
-    setBound(wanted_);
+    if (wanted_)
+        takeShortcuts(results.value(QStringLiteral("shortcuts")));
+}
+
+void GlobalShortcutsPortal::takeShortcuts(const QVariant& shortcuts)
+{
+    // What the desktop granted: the keys it shows for Kestrio's shortcut,
+    // none when the user gave it none.
+    QString keys;
+    if (shortcuts.canConvert<QDBusArgument>()) {
+        const QDBusArgument list = shortcuts.value<QDBusArgument>();
+        if (list.currentSignature() == QLatin1String("a(sa{sv})")) {
+            for (const PortalShortcut& shortcut : qdbus_cast<QList<PortalShortcut>>(list)) {
+                if (shortcut.id == QString::fromLatin1(kShortcutId))
+                    keys = shortcut.properties.value(QStringLiteral("trigger_description")).toString();
+            }
+        }
+    }
+    if (keys.isEmpty())
+        setState({DesktopShortcutState::Kind::refused, {},
+                  QStringLiteral("The desktop gave Kestrio's shortcut no keys; choose them in its shortcut settings.")});
+    else
+        setState({DesktopShortcutState::Kind::bound, keys, {}});
+}
+
+void GlobalShortcutsPortal::shortcutsChanged(const QDBusMessage& message)
+{
+    const QList<QVariant> arguments = message.arguments();
+    if (!wanted_ || arguments.size() < 2)
+        return;
+    const QVariant session = arguments[0];
+    const QString path = session.canConvert<QDBusObjectPath>() ? session.value<QDBusObjectPath>().path() : session.toString();
+    if (path == sessionHandle_)
+        takeShortcuts(arguments[1]);
 }
 
 void GlobalShortcutsPortal::shortcutActivated(const QDBusMessage& message)
 {
     const QList<QVariant> arguments = message.arguments();
-    if (!bound_ || arguments.size() < 2 || arguments[1].toString() != QString::fromLatin1(kShortcutId))
+    if (!isBound() || arguments.size() < 2 || arguments[1].toString() != QString::fromLatin1(kShortcutId))
         return;
     const QVariant session = arguments[0];
     const QString path = session.canConvert<QDBusObjectPath>() ? session.value<QDBusObjectPath>().path() : session.toString();
@@ -166,13 +209,13 @@ void GlobalShortcutsPortal::release()
         sessionHandle_.clear();
     }
     activated_ = nullptr;
-    setBound(false);
+    setState({});
 }
 
-void GlobalShortcutsPortal::setBound(bool bound)
+void GlobalShortcutsPortal::setState(DesktopShortcutState state)
 {
-    if (bound_ == bound)
+    if (state_ == state)
         return;
-    bound_ = bound;
-    emit bindingChanged(bound);
+    state_ = std::move(state);
+    emit stateChanged(state_);
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/hotkeyplatform.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QObject>
@@ -28,22 +30,28 @@ public:
     void bind(const QString& preferredTrigger, const QString& description, std::function<void()> activated);
     // Closes the session: no more presses arrive.
     void release();
-    bool isBound() const { return bound_; }
+    // Bound: the desktop has granted keys for it (`state().keys` names them,
+    // as the desktop describes them).
+    bool isBound() const { return state_.kind == DesktopShortcutState::Kind::bound; }
+    const DesktopShortcutState& state() const { return state_; }
 
 signals:
     void availabilityKnown(bool available);
-    void bindingChanged(bool bound);
+    void stateChanged(const DesktopShortcutState& state);
 
 private slots:
     void requestAnswered(const QDBusMessage& message);
     void shortcutActivated(const QDBusMessage& message);
+    void shortcutsChanged(const QDBusMessage& message);
 
 private:
     QDBusMessage portalCall(const QString& method) const;
     QString nextToken();
     void createSession();
     void bindShortcuts();
-    void setBound(bool bound);
+    void setState(DesktopShortcutState state);
+    // The state that the portal's list of shortcuts (a(sa{sv})) gives Kestrio's.
+    void takeShortcuts(const QVariant& shortcuts);
 
     QDBusConnection bus_;
     std::optional<bool> available_;
@@ -51,7 +59,7 @@ private:
     QString description_;
     std::function<void()> activated_;
     bool wanted_ = false;
-    bool bound_ = false;
+    DesktopShortcutState state_;
     QString sessionHandle_;
     QString pendingToken_; // the request whose Response is awaited
     enum class Step { none, creatingSession, binding } step_ = Step::none;

@@ -2,6 +2,7 @@
 #include "support/eventually.h"
 
 #include <QDBusArgument>
+#include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QProcess>
 #include <QTest>
@@ -10,6 +11,29 @@
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+// One shortcut as the portal lists it: a(sa{sv}).
+struct ListedShortcut {
+    QString id;
+    QVariantMap properties;
+};
+Q_DECLARE_METATYPE(ListedShortcut)
+
+QDBusArgument& operator<<(QDBusArgument& argument, const ListedShortcut& shortcut)
+{
+    argument.beginStructure();
+    argument << shortcut.id << shortcut.properties;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, ListedShortcut& shortcut)
+{
+    argument.beginStructure();
+    argument >> shortcut.id >> shortcut.properties;
+    argument.endStructure();
+    return argument;
+}
 
 namespace {
 
@@ -22,6 +46,7 @@ class FakePortal : public QDBusVirtualObject {
 public:
     uint version = 1;
     uint bindResponse = 0; // 1: the user cancelled the desktop's dialog
+    QString grantedKeys = "Ctrl+Shift+Space"; // what the desktop says it bound; empty: no keys
     bool bindAnswered = true; // false: the desktop's dialog is still open
     QString lastRequest;
     QStringList calls;
@@ -66,6 +91,8 @@ public:
             }
             list.endArray();
             response = bindResponse;
+            results.insert(QStringLiteral("shortcuts"),
+                           QVariant::fromValue(shortcutList(grantedKeys)));
         } else {
             return false;
         }
@@ -81,6 +108,20 @@ public:
         return true;
     }
 
+    static QList<ListedShortcut> shortcutList(const QString& keys)
+    {
+        return {{GlobalShortcutsPortal::kShortcutId, {{"description", "Open Kestrio's search panel"},
+                                                      {"trigger_description", keys}}}};
+    }
+    // The user changed the keys in the desktop's own settings.
+    void changeKeys(const QString& session, const QString& keys)
+    {
+        QDBusMessage changed = QDBusMessage::createSignal(QStringLiteral("/org/freedesktop/portal/desktop"),
+                                                          QStringLiteral("org.freedesktop.portal.GlobalShortcuts"),
+                                                          QStringLiteral("ShortcutsChanged"));
+        changed << QVariant::fromValue(QDBusObjectPath(session)) << QVariant::fromValue(shortcutList(keys));
+        connection->send(changed);
+    }
     // An Activated signal, from the portal or, with `from`, from another program on the bus.
     void press(const QString& session, const QString& id, std::optional<QDBusConnection> from = std::nullopt)
     {
@@ -137,6 +178,8 @@ protected:
 
     Portal()
     {
+        qDBusRegisterMetaType<ListedShortcut>();
+        qDBusRegisterMetaType<QList<ListedShortcut>>();
         fake.connection = bus_.connect(QStringLiteral("fake-portal"));
         fake.connection->registerService(QStringLiteral("org.freedesktop.portal.Desktop"));
         fake.connection->registerVirtualObject(QStringLiteral("/"), &fake, QDBusConnection::SubPath);
@@ -172,6 +215,11 @@ TEST_F(Portal, TheShortcutIsBoundThroughASessionAndEachPressArrives)
     EXPECT_EQ(fake.calls, (QStringList{"Get", "CreateSession", "BindShortcuts"}));
     EXPECT_EQ(fake.lastShortcut.value("id").toString(), GlobalShortcutsPortal::kShortcutId);
     EXPECT_EQ(fake.lastShortcut.value("preferred_trigger").toString(), "CTRL+SHIFT+space");
+    // The keys the desktop granted, as it names them.
+    EXPECT_EQ(portal().state(), (DesktopShortcutState{DesktopShortcutState::Kind::bound, "Ctrl+Shift+Space", {}}));
+    // Changed in the desktop's own settings later.
+    fake.changeKeys(kSessionPath, "Meta+K");
+    EXPECT_TRUE(eventually([&] { return portal().state().keys == "Meta+K"; }, 10000));
 
     fake.press(kSessionPath, GlobalShortcutsPortal::kShortcutId);
     EXPECT_TRUE(eventually([&] { return presses == 1; }, 10000));
@@ -193,6 +241,17 @@ TEST_F(Portal, TheShortcutIsBoundThroughASessionAndEachPressArrives)
     fake.press(kSessionPath, GlobalShortcutsPortal::kShortcutId);
     QTest::qWait(300); // signals on their way arrive meanwhile
     EXPECT_EQ(presses, 3);
+}
+
+// A desktop that takes the shortcut but gives it no keys (the user left it
+// unassigned): nothing opens Kestrio, and the settings say so.
+TEST_F(Portal, AShortcutGrantedNoKeysIsNotBound)
+{
+    fake.grantedKeys.clear();
+    portal().bind("CTRL+k", "Open Kestrio's search panel", [] {});
+    ASSERT_TRUE(eventually([&] { return portal().state().kind == DesktopShortcutState::Kind::refused; }, 10000));
+    EXPECT_FALSE(portal().isBound());
+    EXPECT_TRUE(portal().state().problem.contains("no keys"));
 }
 
 TEST_F(Portal, ACancelledDialogOrNoPortalBindsNothing)

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "platform/hotkeyplatform.h"
+
+#include <QWidget>
+
+class HotkeyService;
+class NotificationHub;
+class QLabel;
+class QPushButton;
+class SettingsStore;
+class StyledLabel;
+
+// Where keys cannot reach Kestrio (Wayland without the input group), how the
+// user gets a shortcut of the desktop's own, in the welcome and in the
+// settings: a button that asks the desktop to watch one (GNOME's settings,
+// the shortcut portal) with what the desktop made of it, the line for sway's
+// configuration, or the command to bind by hand. Nothing where keys reach
+// Kestrio itself.
+class DesktopShortcutPanel : public QWidget {
+    Q_OBJECT
+
+public:
+    DesktopShortcutPanel(HotkeyService& hotkey, SettingsStore& settings, NotificationHub& notifications,
+                         QWidget* parent = nullptr);
+
+    // The one click: the recorded custom shortcut (Ctrl+Alt+Space where none
+    // is recorded) becomes the activation, which the desktop then watches.
+    void setUp();
+
+    // What the user reads about Kestrio's shortcut now.
+    QString statusText() const;
+    static QString statusText(const DesktopShortcutState& state);
+    QPushButton* setUpButton() const { return setUp_; }
+    // The line or command shown to copy, where there is one.
+    QString lineText() const;
+
+private:
+    void render();
+
+    HotkeyService& hotkey_;
+    SettingsStore& settings_;
+    NotificationHub& notifications_;
+    DesktopShortcutSetup setup_;
+    StyledLabel* status_ = nullptr;
+    QPushButton* setUp_ = nullptr;
+    QLabel* line_ = nullptr;
+};
