@@ -171,14 +171,19 @@ std::optional<QStringList> texts(const QString& printed)
     return out;
 }
 
+QString printed(const QString& value)
+{
+    QString quoted = value;
+    quoted.replace(u'\\', QStringLiteral("\\\\"));
+    quoted.replace(u'\'', QStringLiteral("\\'"));
+    return u'\'' + quoted + u'\'';
+}
+
 QString printed(const QStringList& values)
 {
     QStringList quoted;
-    for (QString value : values) {
-        value.replace(u'\\', QStringLiteral("\\\\"));
-        value.replace(u'\'', QStringLiteral("\\'"));
-        quoted << u'\'' + value + u'\'';
-    }
+    for (const QString& value : values)
+        quoted << printed(value);
     return u'[' + quoted.join(QStringLiteral(", ")) + u']';
 }
 

@@ -33,8 +33,10 @@ QString readable(const QString& accelerator);
 // The texts of a value as gsettings prints it: 'x', ['a', 'b'], @as [].
 // Nothing when it is not a text or a list of texts.
 std::optional<QStringList> texts(const QString& printed);
-// A list of texts as gsettings takes it.
+// A list of texts, or one text, as gsettings takes it: quoted, since it
+// reads what it is given as a value of GVariant's text format.
 QString printed(const QStringList& texts);
+QString printed(const QString& text);
 
 // Who holds an accelerator.
 struct Holder {

@@ -152,9 +152,9 @@ void GnomeShortcut::decide(const std::shared_ptr<Request>& request)
     // The entry's keys before it is listed, so that GNOME never sees a half-made entry.
     const QStringList own{QString::fromLatin1(kCustomSchema) + u':' + QString::fromLatin1(kOwnPath)};
     const QList<QStringList> steps{
-        QStringList{QStringLiteral("set")} + own + QStringList{QStringLiteral("name"), QStringLiteral("Kestrio")},
-        QStringList{QStringLiteral("set")} + own + QStringList{QStringLiteral("command"), command_},
-        QStringList{QStringLiteral("set")} + own + QStringList{QStringLiteral("binding"), request->accelerator},
+        QStringList{QStringLiteral("set")} + own + QStringList{QStringLiteral("name"), printed(QStringLiteral("Kestrio"))},
+        QStringList{QStringLiteral("set")} + own + QStringList{QStringLiteral("command"), printed(command_)},
+        QStringList{QStringLiteral("set")} + own + QStringList{QStringLiteral("binding"), printed(request->accelerator)},
         QStringList{QStringLiteral("set"), QString::fromLatin1(kMediaKeysSchema), QString::fromLatin1(kCustomListKey),
                     printed(withOwn(request->paths))},
     };

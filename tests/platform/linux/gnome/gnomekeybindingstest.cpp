@@ -49,7 +49,7 @@ TEST(GnomeKeybindings, ValuesAsGsettingsPrintsThem)
     // What is written reads back the same.
     const QStringList awkward{"/a/", "it's", "back\\slash"};
     EXPECT_EQ(texts(printed(awkward)), awkward);
-    EXPECT_EQ(printed({}), "[]");
+    EXPECT_EQ(printed(QStringList{}), "[]");
 }
 
 // GNOME's own shortcuts, as `gsettings list-recursively` prints them: Super+Space
