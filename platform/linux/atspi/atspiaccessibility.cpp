@@ -83,8 +83,7 @@ bool AtspiAccessibility::checkTrust()
     // that does not answer would hold up this answer.
     if (!wasConnected)
         applications_.refreshSoon();
-    const AtspiRef registry{QStringLiteral("org.a11y.atspi.Registry"), kRootPath};
-    const QDBusMessage reply = bus_.callAndWait(registry, kAccessible, QStringLiteral("GetChildren"));
+    const QDBusMessage reply = bus_.callAndWait(AtspiBus::desktop(), kAccessible, QStringLiteral("GetChildren"));
     if (reply.type() == QDBusMessage::ReplyMessage)
         return true;
     // The bus or its registry went away: connect afresh next time.

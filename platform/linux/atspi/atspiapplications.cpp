@@ -11,8 +11,6 @@ namespace {
 
 const QString kAccessible = QStringLiteral("org.a11y.atspi.Accessible");
 const QString kApplication = QStringLiteral("org.a11y.atspi.Application");
-const QString kRegistry = QStringLiteral("org.a11y.atspi.Registry");
-const QString kRootPath = QStringLiteral("/org/a11y/atspi/accessible/root");
 
 } // namespace
 
@@ -126,7 +124,8 @@ void AtspiApplications::listenToRegistry()
 {
     // The registry announces applications coming and going as children of its
     // root changing. Subscribing does not wait for the bus.
-    bus_.connection().connect(kRegistry, kRootPath, QStringLiteral("org.a11y.atspi.Event.Object"),
+    const AtspiRef desktop = AtspiBus::desktop();
+    bus_.connection().connect(desktop.bus, desktop.path, QStringLiteral("org.a11y.atspi.Event.Object"),
                               QStringLiteral("ChildrenChanged"), this, SLOT(registryChildrenChanged()));
 }
 

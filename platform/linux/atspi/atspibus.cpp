@@ -124,10 +124,14 @@ QDBusMessage AtspiBus::callAndWait(const AtspiRef& target, const QString& interf
     return pending.reply();
 }
 
+AtspiRef AtspiBus::desktop()
+{
+    return {QStringLiteral("org.a11y.atspi.Registry"), QStringLiteral("/org/a11y/atspi/accessible/root")};
+}
+
 QList<AtspiRef> AtspiBus::applications() const
 {
-    const AtspiRef root{QStringLiteral("org.a11y.atspi.Registry"), QStringLiteral("/org/a11y/atspi/accessible/root")};
-    return refsOf(callAndWait(root, QStringLiteral("org.a11y.atspi.Accessible"), QStringLiteral("GetChildren")));
+    return refsOf(callAndWait(desktop(), QStringLiteral("org.a11y.atspi.Accessible"), QStringLiteral("GetChildren")));
 }
 
 QDBusPendingCall AtspiBus::askProcessId(const QDBusConnection& connection, const QString& name)

@@ -81,6 +81,8 @@ public:
     QDBusMessage callAndWait(const AtspiRef& target, const QString& interface, const QString& method,
                              const QVariantList& arguments = {}, int timeoutMs = kCallTimeoutMs) const;
 
+    // The registry's root: its children are the applications on the bus.
+    static AtspiRef desktop();
     // The applications registered on the bus. Waits.
     QList<AtspiRef> applications() const;
     // Asks the bus daemon of `connection`, which never hangs, for the process

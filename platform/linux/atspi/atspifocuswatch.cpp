@@ -7,6 +7,9 @@
 
 namespace {
 
+const QString kAccessible = QStringLiteral("org.a11y.atspi.Accessible");
+// Top-level windows of one application: more is not an application's.
+constexpr qsizetype kMaxWindows = 64;
 const QString kObjectEvents = QStringLiteral("org.a11y.atspi.Event.Object");
 const QString kWindowEvents = QStringLiteral("org.a11y.atspi.Event.Window");
 
@@ -20,6 +23,7 @@ void AtspiFocusWatch::listen()
     if (generation == listeningTo_ || !bus_.isConnected())
         return;
     listeningTo_ = generation;
+    heard_ = false;
     pids_.clear();
     QDBusConnection connection = bus_.connection();
     // Toolkits send these only while some client has asked the registry for them.
@@ -34,6 +38,37 @@ void AtspiFocusWatch::listen()
                        SLOT(stateChanged(QDBusMessage)));
     connection.connect(QString(), QString(), kWindowEvents, QStringLiteral("Activate"), this,
                        SLOT(windowActivated(QDBusMessage)));
+    lookForTheActiveWindow();
+}
+
+void AtspiFocusWatch::lookForTheActiveWindow()
+{
+    const int generation = listeningTo_;
+    auto stale = [this, generation] { return generation != listeningTo_ || heard_; };
+    auto ask = [this](const AtspiRef& target, const QString& method, auto then) {
+        auto* watcher = new QDBusPendingCallWatcher(bus_.call(target, kAccessible, method), this);
+        connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, then] {
+            watcher->deleteLater();
+            then(watcher->reply());
+        });
+    };
+    ask(AtspiBus::desktop(), QStringLiteral("GetChildren"), [=, this](const QDBusMessage& applications) {
+        if (stale())
+            return;
+        for (const AtspiRef& application : AtspiBus::refsOf(applications)) {
+            ask(application, QStringLiteral("GetChildren"), [=, this](const QDBusMessage& windows) {
+                if (stale())
+                    return;
+                for (const AtspiRef& window : AtspiBus::refsOf(windows, kMaxWindows)) {
+                    ask(window, QStringLiteral("GetState"), [=, this](const QDBusMessage& state) {
+                        const auto states = AtspiBus::statesOf(state);
+                        if (!stale() && states && AtspiState::has(*states, AtspiState::active))
+                            announced(window.bus, true);
+                    });
+                }
+            });
+        }
+    });
 }
 
 void AtspiFocusWatch::stateChanged(const QDBusMessage& message)
@@ -42,11 +77,13 @@ void AtspiFocusWatch::stateChanged(const QDBusMessage& message)
     const QList<QVariant> arguments = message.arguments();
     if (arguments.size() < 2 || arguments[0].toString() != QStringLiteral("focused"))
         return;
+    heard_ = true;
     announced(message.service(), arguments[1].toInt() == 1);
 }
 
 void AtspiFocusWatch::windowActivated(const QDBusMessage& message)
 {
+    heard_ = true;
     announced(message.service(), true);
 }
 

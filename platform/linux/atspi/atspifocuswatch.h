@@ -39,8 +39,14 @@ private slots:
     void windowActivated(const QDBusMessage& message);
 
 private:
+    // The window active before anything was announced (the application the
+    // user was in when Kestrio started): each application's windows are
+    // asked once for their ACTIVE state.
+    void lookForTheActiveWindow();
+
     AtspiBus& bus_;
     int listeningTo_ = -1;
+    bool heard_ = false; // an announcement arrived on this bus: it knows better than the look
     std::atomic<qint32> focused_ = 0; // 0: none yet; written on the UI thread only
     QHash<QString, qint32> pids_; // by unique bus name, as the bus daemon answered
 };
