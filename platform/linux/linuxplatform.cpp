@@ -6,6 +6,7 @@
 #include "platform/linux/displaysession.h"
 #include "platform/linux/evdev/evdevkeyboardtap.h"
 #include "platform/linux/gnome/gnomeshortcut.h"
+#include "platform/linux/kde/kdeglobalshortcut.h"
 #include "platform/linux/portal/globalshortcutsportal.h"
 #include "platform/linux/sway/swaybinding.h"
 #include "platform/linux/sway/swaywindows.h"
@@ -116,7 +117,7 @@ public:
         case DisplaySession::Compositor::sway:
             return DesktopShortcutSetup::configLine;
         case DisplaySession::Compositor::kde:
-            return DesktopShortcutSetup::desktopWatches; // the shortcut portal
+            return DesktopShortcutSetup::desktopWatches; // Plasma's own global shortcuts
         default:
             return portal().isAvailable().value_or(false) ? DesktopShortcutSetup::desktopWatches
                                                          : DesktopShortcutSetup::byHand;
@@ -135,6 +136,11 @@ public:
             gnome().bind(trigger, replace, std::move(changed));
             return true;
         }
+        if (DisplaySession::current().compositor == DisplaySession::Compositor::kde) {
+            changed({DesktopShortcutState::Kind::pending, {}, {}});
+            kde().bind(trigger, replace, std::move(activated), std::move(changed));
+            return true;
+        }
         // Asked once the portal has said whether it is there; until then the
         // detector's poll asks again.
         if (!portal().isAvailable().value_or(false))
@@ -148,11 +154,15 @@ public:
     {
         if (portal_)
             portal_->release();
+        if (kde_)
+            kde_->release();
     }
     void forgetDesktopShortcut() override
     {
         if (DisplaySession::current().compositor == DisplaySession::Compositor::gnome && GnomeShortcut::isAvailable())
             gnome().forget();
+        if (DisplaySession::current().compositor == DisplaySession::Compositor::kde)
+            kde().forget();
         releaseDesktopShortcut();
     }
     QString desktopShortcutConfigLine(const QString& trigger) override
@@ -163,7 +173,9 @@ public:
     // decides the custom shortcut at start.
     void prepare()
     {
-        if (wayland_)
+        using Compositor = DisplaySession::Compositor;
+        const Compositor compositor = DisplaySession::current().compositor;
+        if (wayland_ && compositor != Compositor::gnome && compositor != Compositor::kde && compositor != Compositor::sway)
             portal();
     }
 
@@ -182,6 +194,13 @@ private:
         return *gnome_;
     }
 
+    KdeGlobalShortcut& kde()
+    {
+        if (!kde_)
+            kde_ = std::make_unique<KdeGlobalShortcut>(QDBusConnection::sessionBus());
+        return *kde_;
+    }
+
     // The command a desktop shortcut runs: this program, by name where that
     // finds it (an installed Kestrio), else by its path (a build of its own).
     static QString toggleCommand()
@@ -198,6 +217,7 @@ private:
     std::unique_ptr<GlobalShortcutsPortal> portal_;
     QMetaObject::Connection portalState_;
     std::unique_ptr<GnomeShortcut> gnome_;
+    std::unique_ptr<KdeGlobalShortcut> kde_;
     const bool wayland_ = DisplaySession::current().isWayland();
     X11KeyboardTap x11_;
     EvdevKeyboardTap devices_;

@@ -1,14 +1,13 @@
 #include "platform/linux/portal/globalshortcutsportal.h"
 #include "support/eventually.h"
+#include "support/privatebus.h"
 
 #include <QDBusArgument>
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
-#include <QProcess>
 #include <QTest>
 #include <QDBusVariant>
 #include <QDBusVirtualObject>
-#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -131,38 +130,6 @@ public:
         activated << QVariant::fromValue(QDBusObjectPath(session)) << id << qulonglong(1234) << QVariantMap();
         from.value_or(*connection).send(activated);
     }
-};
-
-// A session bus of the test's own, as the desktop's is: the fake portal
-// owns the portal's name on it, and any other program may send signals.
-class PrivateBus {
-public:
-    PrivateBus()
-    {
-        daemon_.start(QStringLiteral("dbus-daemon"), {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                                                      QStringLiteral("--nopidfile"), QStringLiteral("--print-address"),
-                                                      QStringLiteral("--address=unix:path=") + folder_.filePath("bus")});
-        if (daemon_.waitForReadyRead(10000))
-            address_ = QString::fromUtf8(daemon_.readLine()).trimmed();
-    }
-    ~PrivateBus()
-    {
-        for (const QString& name : std::as_const(names_))
-            QDBusConnection::disconnectFromBus(name);
-        daemon_.kill();
-        daemon_.waitForFinished();
-    }
-    QDBusConnection connect(const QString& name)
-    {
-        names_.append(name);
-        return QDBusConnection::connectToBus(address_, name);
-    }
-
-private:
-    QTemporaryDir folder_;
-    QProcess daemon_;
-    QString address_;
-    QStringList names_;
 };
 
 class Portal : public testing::Test {
