@@ -66,6 +66,9 @@ DesktopShortcutPanel::DesktopShortcutPanel(HotkeyService& hotkey, SettingsStore&
         setUp_ = new QPushButton(words.setUpDesktopShortcut, row);
         connect(setUp_, &QPushButton::clicked, this, &DesktopShortcutPanel::setUp);
         rowLayout->addWidget(setUp_);
+        remove_ = new QPushButton(words.removeDesktopShortcut, row);
+        connect(remove_, &QPushButton::clicked, this, &DesktopShortcutPanel::remove);
+        rowLayout->addWidget(remove_);
         layout->addWidget(row);
         break;
     }
@@ -89,6 +92,12 @@ void DesktopShortcutPanel::setUp()
         defaultDesktopShortcut().save(settings_);
     saveHotkeyMode(HotkeyMode::customShortcut, settings_);
     notifications_.postHotkeyModeChanged(); // the controller applies it, the desktop is asked
+}
+
+void DesktopShortcutPanel::remove()
+{
+    saveHotkeyMode(HotkeyMode::doubleTapCommand, settings_);
+    notifications_.postHotkeyModeChanged(); // the controller applies it: Kestrio's entry leaves the desktop
 }
 
 QString DesktopShortcutPanel::statusText(const DesktopShortcutState& state)
@@ -132,4 +141,5 @@ void DesktopShortcutPanel::render()
     // again after recording another shortcut.
     setUp_->setVisible(state.kind != DesktopShortcutState::Kind::bound
                        && state.kind != DesktopShortcutState::Kind::pending);
+    remove_->setVisible(state.kind == DesktopShortcutState::Kind::bound);
 }

@@ -27,11 +27,15 @@ public:
     // The one click: the recorded custom shortcut (Ctrl+Alt+Space where none
     // is recorded) becomes the activation, which the desktop then watches.
     void setUp();
+    // The user no longer wants it: the desktop's entry for Kestrio goes, and
+    // the activation is the double tap again.
+    void remove();
 
     // What the user reads about Kestrio's shortcut now.
     QString statusText() const;
     static QString statusText(const DesktopShortcutState& state);
     QPushButton* setUpButton() const { return setUp_; }
+    QPushButton* removeButton() const { return remove_; }
     // The line or command shown to copy, where there is one.
     QString lineText() const;
 
@@ -44,5 +48,6 @@ private:
     DesktopShortcutSetup setup_;
     StyledLabel* status_ = nullptr;
     QPushButton* setUp_ = nullptr;
+    QPushButton* remove_ = nullptr;
     QLabel* line_ = nullptr;
 };

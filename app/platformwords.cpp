@@ -57,6 +57,7 @@ const PlatformWords& PlatformWords::macOS()
         .keysFromDevicesNote = QString(),
         .welcomeHintWithoutKeys = QString(),
         .setUpDesktopShortcut = QString(),
+        .removeDesktopShortcut = QString(),
         .desktopShortcutBound = QString(),
         .desktopShortcutPending = QString(),
         .noDesktopShortcut = QString(),
@@ -136,6 +137,7 @@ const PlatformWords& PlatformWords::linuxDesktop()
         .welcomeHintWithoutKeys = QStringLiteral("Search and execute any menu item in the active app instantly.\n"
                                                  "Set up a desktop shortcut below to get started."),
         .setUpDesktopShortcut = QStringLiteral("Set Up Shortcut"),
+        .removeDesktopShortcut = QStringLiteral("Remove"),
         .desktopShortcutBound = QStringLiteral("%1 opens Kestrio"),
         .desktopShortcutPending = QStringLiteral("Asking the desktop…"),
         .noDesktopShortcut = QStringLiteral("No shortcut of the desktop's opens Kestrio yet."),

@@ -61,6 +61,7 @@ struct PlatformWords {
     QString welcomeHintWithoutKeys;
     // The shortcut the desktop watches for Kestrio.
     QString setUpDesktopShortcut;
+    QString removeDesktopShortcut;
     QString desktopShortcutBound; // %1: the keys
     QString desktopShortcutPending;
     QString noDesktopShortcut;

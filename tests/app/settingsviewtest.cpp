@@ -341,16 +341,26 @@ TEST_F(Settings, SetUpShortcutAsksTheDesktopAndShowsWhatItGranted)
     keyboard.desktopChanged({DesktopShortcutState::Kind::bound, "Ctrl+Alt+Space", {}});
     EXPECT_EQ(panel->statusText(), "Ctrl+Alt+Space opens Kestrio");
     EXPECT_FALSE(panel->setUpButton()->isVisible());
+    EXPECT_TRUE(panel->removeButton()->isVisible());
 
     keyboard.desktopChanged({DesktopShortcutState::Kind::refused, {}, "Ctrl+Alt+Space is already taken."});
     EXPECT_EQ(panel->statusText(), "Ctrl+Alt+Space is already taken.");
     EXPECT_TRUE(panel->setUpButton()->isVisible());
+    EXPECT_FALSE(panel->removeButton()->isVisible());
 
-    // Leaving the custom mode in Kestrio takes the desktop's shortcut away.
+    // Remove leaves the custom mode, which takes the desktop's shortcut away
+    // once the controller applies it; the recorded keys stay for next time.
+    keyboard.desktopChanged({DesktopShortcutState::Kind::bound, "Ctrl+Alt+Space", {}});
+    announced.clear();
+    QTest::mouseClick(panel->removeButton(), Qt::LeftButton);
+    EXPECT_EQ(store.hotkeyModeText(), "doubleTapCommand");
+    EXPECT_EQ(announced, QStringList{"hotkeyModeChanged doubleTapCommand 49"});
+    EXPECT_EQ(CustomShortcut::load(store), defaultDesktopShortcut());
     hotkey.setMode(HotkeyMode::doubleTapCommand);
     hotkey.applyDesktopShortcutChoice();
     EXPECT_EQ(keyboard.desktopForgotten, 1);
     EXPECT_EQ(panel->statusText(), words.noDesktopShortcut);
+    EXPECT_TRUE(panel->setUpButton()->isVisible());
 }
 
 TEST_F(Settings, ThemeIsStoredAndApplied)
