@@ -1,6 +1,6 @@
 #include "app/aboutview.h"
 
-#include "app/styledlabel.h"
+#include "base/styledlabel.h"
 #include "telemetry/appinfo.h"
 
 #include <QBoxLayout>

@@ -3,10 +3,10 @@
 
 #include "app/aboutview.h"
 #include "app/desktopshortcutpanel.h"
-#include "app/notificationhub.h"
+#include "base/notificationhub.h"
 #include "app/onboardingview.h"
-#include "app/platformwords.h"
-#include "app/settingsstore.h"
+#include "base/platformwords.h"
+#include "base/settingsstore.h"
 #include "buildconfig.h"
 #include "hotkey/hotkeyservice.h"
 #include "platform/accessibility.h"

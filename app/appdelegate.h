@@ -2,7 +2,7 @@
 
 #include "menu/accessibilityservice.h"
 #include "platform/runningapplication.h"
-#include "update/updatecheckresult.h"
+#include "base/updatecheckresult.h"
 
 #include <QObject>
 #include <QPointer>

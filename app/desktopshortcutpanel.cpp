@@ -1,9 +1,9 @@
 #include "app/desktopshortcutpanel.h"
 
-#include "app/notificationhub.h"
-#include "app/platformwords.h"
-#include "app/settingsstore.h"
-#include "app/styledlabel.h"
+#include "base/notificationhub.h"
+#include "base/platformwords.h"
+#include "base/settingsstore.h"
+#include "base/styledlabel.h"
 #include "hotkey/customshortcut.h"
 #include "hotkey/hotkeymode.h"
 #include "hotkey/hotkeyservice.h"

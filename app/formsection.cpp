@@ -1,6 +1,6 @@
 #include "app/formsection.h"
 
-#include "app/styledlabel.h"
+#include "base/styledlabel.h"
 
 #include <QBoxLayout>
 #include <QPainter>

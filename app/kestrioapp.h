@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/instancerequest.h"
+#include "platform/instancerequest.h"
 
 #include <QApplication>
 

@@ -1,7 +1,7 @@
 #include "app/onboardingview.h"
 
-#include "app/platformwords.h"
-#include "app/styledlabel.h"
+#include "base/platformwords.h"
+#include "base/styledlabel.h"
 #include "menu/accessibilityservice.h"
 #include "platform/accessibility.h"
 

@@ -3,7 +3,7 @@
 // panel's first paint and the paint that shows its results, with the menu
 // reader's cache cold (a new reader every time) and warm (one reader):
 // ten rounds of each.
-#include "app/settingsstore.h"
+#include "base/settingsstore.h"
 #include "bench/paintwatch.h"
 #include "bench/samples.h"
 #include "hotkey/hotkeyservice.h"

@@ -6,8 +6,8 @@
 // Runs the real controller with the real platform backends, a double tap of
 // Alt ("doubleTapOption") injected with XTest.
 #include "app/appdelegate.h"
-#include "app/notificationhub.h"
-#include "app/settingsstore.h"
+#include "base/notificationhub.h"
+#include "base/settingsstore.h"
 #include "bench/paintwatch.h"
 #include "bench/samples.h"
 #include "hotkey/hotkeymode.h"

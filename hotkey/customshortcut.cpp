@@ -1,6 +1,6 @@
 #include "hotkey/customshortcut.h"
 
-#include "app/settingsstore.h"
+#include "base/settingsstore.h"
 #include "hotkey/hotkeymode.h"
 #include "menu/shortcuttext.h"
 #include "platform/keyboardlayout.h"

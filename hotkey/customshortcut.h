@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/platformwords.h"
+#include "base/platformwords.h"
 
 #include <QHashFunctions>
 #include <QString>

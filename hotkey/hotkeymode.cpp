@@ -1,7 +1,7 @@
 #include "hotkey/hotkeymode.h"
 
-#include "app/platformwords.h"
-#include "app/settingsstore.h"
+#include "base/platformwords.h"
+#include "base/settingsstore.h"
 
 QList<HotkeyMode> allHotkeyModes()
 {

@@ -1,6 +1,6 @@
 #include "hotkey/hotkeyservice.h"
 
-#include "app/settingsstore.h"
+#include "base/settingsstore.h"
 #include "platform/clock.h"
 #include "platform/hotkeyplatform.h"
 #include "platform/keyboardlayout.h"

@@ -1,6 +1,6 @@
 #include "hotkey/shortcutrecorderbutton.h"
 
-#include "app/styledlabel.h"
+#include "base/styledlabel.h"
 #include "hotkey/shortcutkeycapture.h"
 
 #include <QApplication>

@@ -1,6 +1,6 @@
 #include "search/usagetracker.h"
 
-#include "app/settingsstore.h"
+#include "base/settingsstore.h"
 
 #include <cmath>
 

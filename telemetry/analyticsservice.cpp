@@ -1,6 +1,6 @@
 #include "telemetry/analyticsservice.h"
 
-#include "app/settingsstore.h"
+#include "base/settingsstore.h"
 #include "buildconfig.h"
 #include "platform/clock.h"
 #include "platform/systeminfo.h"

@@ -1,6 +1,6 @@
 #include "update/selfupdater.h"
 
-#include "app/platformwords.h"
+#include "base/platformwords.h"
 #include "buildconfig.h"
 #include "platform/crossthread.h"
 #include "platform/updatepackaging.h"

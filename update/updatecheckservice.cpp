@@ -1,7 +1,7 @@
 #include "update/updatecheckservice.h"
 
-#include "app/notificationhub.h"
-#include "app/settingsstore.h"
+#include "base/notificationhub.h"
+#include "base/settingsstore.h"
 #include "buildconfig.h"
 #include "platform/clock.h"
 #include "platform/systeminfo.h"
@@ -59,7 +59,7 @@ UpdateCheckService::Outcome UpdateCheckService::evaluateManifestResponse(QNetwor
     const auto decoded = VersionManifest::decode(reply.readAll());
     if (const auto* error = std::get_if<VersionManifest::DecodeError>(&decoded))
         return UpdateCheckError{UpdateCheckError::Kind::decode, error->description};
-    const auto result = UpdateCheckResult::make(std::get<VersionManifest>(decoded), appVersion());
+    const auto result = checkResultOf(std::get<VersionManifest>(decoded), appVersion());
     if (!result)
         return UpdateCheckError{UpdateCheckError::Kind::invalidResponse, {}};
     return *result;

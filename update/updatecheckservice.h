@@ -1,7 +1,7 @@
 #pragma once
 
 #include "update/updatecheckerror.h"
-#include "update/updatecheckresult.h"
+#include "base/updatecheckresult.h"
 
 #include <QObject>
 #include <QUrl>

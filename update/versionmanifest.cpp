@@ -1,5 +1,7 @@
 #include "update/versionmanifest.h"
 
+#include "update/versioncomparison.h"
+
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QJsonValue>
@@ -84,4 +86,20 @@ std::variant<VersionManifest, VersionManifest::DecodeError> VersionManifest::dec
     if (read.error())
         return DecodeError{*read.error()};
     return manifest;
+}
+
+std::optional<UpdateCheckResult> checkResultOf(const VersionManifest& manifest, const QString& runningVersion)
+{
+    // Strict parsing rejects what a URL parser of RFC 3986 references would:
+    // the empty text, spaces and other characters outside the syntax.
+    const QUrl url(manifest.downloadUrl, QUrl::StrictMode);
+    if (manifest.downloadUrl.isEmpty() || !url.isValid())
+        return std::nullopt;
+    return UpdateCheckResult{
+        .latestVersion = manifest.version,
+        .releaseDate = manifest.releaseDate,
+        .downloadURL = url,
+        .releaseNotes = manifest.releaseNotes,
+        .isNewer = isNewerVersion(manifest.version, runningVersion),
+    };
 }

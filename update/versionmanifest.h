@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/updatecheckresult.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -26,3 +28,7 @@ struct VersionManifest {
 
     friend bool operator==(const VersionManifest&, const VersionManifest&) = default;
 };
+
+// The result for a decoded manifest, compared with the running version;
+// nothing when its download address is not a URL.
+std::optional<UpdateCheckResult> checkResultOf(const VersionManifest& manifest, const QString& runningVersion);

@@ -4,7 +4,7 @@
 //   kestrio-hotkey-probe customShortcut KEYCODE MODIFIERS
 //   kestrio-hotkey-probe --measure N   (injects N double taps of Ctrl with
 //                                       XTest and prints the delays)
-#include "app/settingsstore.h"
+#include "base/settingsstore.h"
 #include "hotkey/hotkeyservice.h"
 #include "platform/clock.h"
 #include "platform/hotkeyplatform.h"

@@ -7,9 +7,9 @@
 // data, dark, about, onboarding (as before the permission is granted).
 #include "app/aboutview.h"
 #include "app/appearancetheme.h"
-#include "app/notificationhub.h"
+#include "base/notificationhub.h"
 #include "app/onboardingview.h"
-#include "app/settingsstore.h"
+#include "base/settingsstore.h"
 #include "app/settingsview.h"
 #include "hotkey/hotkeyservice.h"
 #include "hotkey/shortcutrecorderbutton.h"

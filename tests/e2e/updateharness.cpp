@@ -4,8 +4,8 @@
 // lines: {"check": …}, then {"state": …, "message": …} for each state; ends
 // with 0 once the updater hands over to its script, 1 when it fails.
 //   kestrio-update-harness MANIFEST_URL INSTALLATION PUBLIC_KEY
-#include "app/notificationhub.h"
-#include "app/settingsstore.h"
+#include "base/notificationhub.h"
+#include "base/settingsstore.h"
 #include "platform/clock.h"
 #include "platform/systeminfo.h"
 #include "platform/updatepackaging.h"

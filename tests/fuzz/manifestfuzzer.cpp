@@ -1,5 +1,5 @@
 // Feeds arbitrary bytes to the manifest decoder and the version comparison.
-#include "update/updatecheckresult.h"
+#include "base/updatecheckresult.h"
 #include "update/versioncomparison.h"
 #include "update/versionmanifest.h"
 
@@ -15,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         if (manifest->version.isNull() || manifest->downloadUrl.isNull())
             std::abort(); // a decoded manifest always has its required texts
         // A result carries the manifest's version and address as they were.
-        if (auto result = UpdateCheckResult::make(*manifest, QStringLiteral("1.0.0"))) {
+        if (auto result = checkResultOf(*manifest, QStringLiteral("1.0.0"))) {
             if (result->latestVersion != manifest->version || !result->downloadURL.isValid())
                 std::abort();
         }

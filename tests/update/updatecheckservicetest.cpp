@@ -1,4 +1,4 @@
-#include "app/notificationhub.h"
+#include "base/notificationhub.h"
 #include "support/eventually.h"
 #include "support/tempsettings.h"
 #include "support/testtelemetry.h"

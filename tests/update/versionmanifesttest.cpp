@@ -1,4 +1,4 @@
-#include "update/updatecheckresult.h"
+#include "base/updatecheckresult.h"
 #include "update/versionmanifest.h"
 
 #include <gtest/gtest.h>
@@ -76,18 +76,18 @@ VersionManifest manifest(QString version, QString url)
 
 TEST(UpdateCheckResult, CarriesTheManifestAndComparesWithTheRunningVersion)
 {
-    const auto result = UpdateCheckResult::make(manifest("1.5", "https://example.invalid/k.tar.gz"), "1.4.9");
+    const auto result = checkResultOf(manifest("1.5", "https://example.invalid/k.tar.gz"), "1.4.9");
     ASSERT_TRUE(result);
     EXPECT_EQ(*result, (UpdateCheckResult{"1.5", "today", QUrl("https://example.invalid/k.tar.gz"), "notes", true}));
-    EXPECT_FALSE(UpdateCheckResult::make(manifest("1.5", "https://x.invalid/a"), "1.5.0")->isNewer);
+    EXPECT_FALSE(checkResultOf(manifest("1.5", "https://x.invalid/a"), "1.5.0")->isNewer);
 }
 
 TEST(UpdateCheckResult, RejectsTextsThatAreNotUrls)
 {
-    EXPECT_EQ(UpdateCheckResult::make(manifest("2", ""), "1"), std::nullopt);
-    EXPECT_EQ(UpdateCheckResult::make(manifest("2", "https://exa mple.invalid/a b"), "1"), std::nullopt);
-    EXPECT_EQ(UpdateCheckResult::make(manifest("2", "http://[::1"), "1"), std::nullopt);
-    EXPECT_TRUE(UpdateCheckResult::make(manifest("2", "release/k.tar.gz"), "1")); // a relative reference parses
+    EXPECT_EQ(checkResultOf(manifest("2", ""), "1"), std::nullopt);
+    EXPECT_EQ(checkResultOf(manifest("2", "https://exa mple.invalid/a b"), "1"), std::nullopt);
+    EXPECT_EQ(checkResultOf(manifest("2", "http://[::1"), "1"), std::nullopt);
+    EXPECT_TRUE(checkResultOf(manifest("2", "release/k.tar.gz"), "1")); // a relative reference parses
 }
 
 } // namespace

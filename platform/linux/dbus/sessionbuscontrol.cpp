@@ -1,6 +1,6 @@
 #include "platform/linux/dbus/sessionbuscontrol.h"
 
-#include "app/instancerequest.h"
+#include "platform/instancerequest.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>

@@ -1,4 +1,4 @@
-#include "app/platformwords.h"
+#include "base/platformwords.h"
 
 const PlatformWords& PlatformWords::macOS()
 {

@@ -1,4 +1,4 @@
-#include "app/instancerequest.h"
+#include "platform/instancerequest.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "update/updatecheckresult.h"
+#include "base/updatecheckresult.h"
 
 #include <QObject>
 

@@ -1,4 +1,4 @@
-#include "app/styledlabel.h"
+#include "base/styledlabel.h"
 
 #include <QApplication>
 #include <QEvent>

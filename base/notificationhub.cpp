@@ -1,4 +1,4 @@
-#include "app/notificationhub.h"
+#include "base/notificationhub.h"
 
 #include "platform/crossthread.h"
 
