@@ -131,9 +131,6 @@ void AppDelegate::rebuildStatusMenu()
     } else if (!hotkey.isActive()) {
         menu->addSeparator();
         add(PlatformWords::current().hotkeyInactiveMenuRow, &AppDelegate::openAccessibilitySettings, {}, "warning");
-    } else if (hotkey.isSecureInputActive() && hotkey.mode() == HotkeyMode::customShortcut) {
-        menu->addSeparator();
-        add(PlatformWords::current().secureInputTitle, &AppDelegate::openSettings, {}, "lock");
     }
     if (pendingUpdate_) {
         menu->addSeparator();
@@ -155,7 +152,6 @@ void AppDelegate::rebuildStatusMenu()
 void AppDelegate::menuWillOpen()
 {
     refreshLastActiveApp();
-    services_.hotkey.refreshSecureInput();
 }
 
 void AppDelegate::setupHotkeyService()

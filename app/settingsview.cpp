@@ -147,7 +147,6 @@ SettingsView::SettingsView(Services services, QWidget* parent)
 
     // Program-wide states shown live while the window exists.
     connect(&services_.hotkey, &HotkeyService::isActiveChanged, this, &SettingsView::render);
-    connect(&services_.hotkey, &HotkeyService::isSecureInputActiveChanged, this, &SettingsView::render);
     connect(&services_.notifications, &NotificationHub::hotkeyModeChanged, this, &SettingsView::render);
     connect(&services_.selfUpdater, &SelfUpdater::stateChanged, this, &SettingsView::renderInstaller);
     render();
@@ -191,17 +190,6 @@ void SettingsView::buildGeneral(FormSection* section)
 
 void SettingsView::buildHotkey(FormSection* section)
 {
-    auto* switchToDoubleTap = new QPushButton(PlatformWords::current().switchToDoubleTapCommand);
-    connect(switchToDoubleTap, &QPushButton::clicked, this, [this] {
-        services_.settings.setString(SettingsKey::hotkeyMode, rawValue(HotkeyMode::doubleTapCommand));
-        services_.notifications.postHotkeyModeChanged(); // this view re-renders on it too
-    });
-    secureInputBlock_ = warningBlock(
-        QStringLiteral(":/icons/lock.svg"), PlatformWords::current().secureInputTitle,
-        PlatformWords::current().secureInputText,
-        switchToDoubleTap, section);
-    section->addRow(secureInputBlock_);
-
     auto* openAccessibility = new QPushButton(PlatformWords::current().openAccessibilitySettings);
     connect(openAccessibility, &QPushButton::clicked, this,
             [this] { services_.accessibility.openAccessibilitySettings(); });
@@ -385,7 +373,6 @@ void SettingsView::render()
     const HotkeyService& hotkey = services_.hotkey;
     const QString mode = hotkeyModeRaw();
     const bool custom = mode == rawValue(HotkeyMode::customShortcut);
-    secureInputBlock_->setVisible(hotkey.isActive() && hotkey.isSecureInputActive() && custom);
     // Keys the session never shows need the desktop's shortcut, not accessibility.
     const KeyboardAccess access = hotkey.keyboardAccess();
     inactiveBlock_->setVisible(!hotkey.isActive() && access != KeyboardAccess::none);

@@ -128,7 +128,6 @@ private:
     QCheckBox* launchAtLogin_ = nullptr;
     QCheckBox* hideMenuBarIcon_ = nullptr;
     QWidget* hiddenIconNote_ = nullptr;
-    QWidget* secureInputBlock_ = nullptr;
     QWidget* inactiveBlock_ = nullptr;
     QWidget* keysUnavailableBlock_ = nullptr;
     QWidget* keysFromDevicesNote_ = nullptr;

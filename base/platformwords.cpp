@@ -34,13 +34,6 @@ const PlatformWords& PlatformWords::macOS()
         .hideIcon = QStringLiteral("Hide menu bar icon"),
         .hiddenIconNote = QStringLiteral("Your hotkey still works. To reopen this window, launch Kestrio again "
                                          "from Finder, Spotlight, or Launchpad."),
-        .switchToDoubleTapCommand = QStringLiteral("Switch to Double-tap ⌘ Command"),
-        .secureInputTitle = QStringLiteral("Shortcut blocked by Secure Input"),
-        .secureInputText = QStringLiteral(
-            "Another app has Secure Input turned on. macOS then hides every keypress from other apps, so no custom "
-            "shortcut can fire — this is not something Kestrio can work around. It usually clears when you close "
-            "the password field that started it, or quit the app holding it. Double-tap activation is unaffected "
-            "and works right now."),
         .hotkeyInactiveText = QStringLiteral(
             "Kestrio needs Accessibility permission to watch for your shortcut. If it is already ticked in System "
             "Settings, remove Kestrio with the − button and add it again — the permission goes stale when the app "
@@ -108,13 +101,6 @@ const PlatformWords& PlatformWords::linuxDesktop()
         .hideIcon = QStringLiteral("Hide tray icon"),
         .hiddenIconNote = QStringLiteral("Your hotkey still works. To reopen this window, start Kestrio again "
                                          "from your applications menu or launcher."),
-        .switchToDoubleTapCommand = QStringLiteral("Switch to Double-tap Ctrl"),
-        .secureInputTitle = QStringLiteral("Shortcut blocked by a keyboard grab"),
-        .secureInputText = QStringLiteral(
-            "Another app has grabbed the keyboard, as password prompts and screen lockers do. While it holds it, "
-            "no other app sees a keypress, so no custom shortcut can fire — this is not something Kestrio can work "
-            "around. It usually ends when you close the prompt that started it, or quit the app holding it. "
-            "Double-tap activation is unaffected and works right now."),
         .hotkeyInactiveText = QStringLiteral(
             "Kestrio watches for your shortcut only while the desktop's accessibility support is on. Turn it on "
             "here or in your desktop's accessibility settings; apps that were already running may need a restart "

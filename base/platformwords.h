@@ -42,9 +42,6 @@ struct PlatformWords {
     // Settings and the tray menu.
     QString hideIcon;
     QString hiddenIconNote;
-    QString switchToDoubleTapCommand;
-    QString secureInputTitle;
-    QString secureInputText;
     QString hotkeyInactiveText;
     QString openAccessibilitySettings;
     QString hotkeyInactiveMenuRow;

@@ -44,19 +44,6 @@ void HotkeyService::setActive(bool active)
     emit isActiveChanged(active);
 }
 
-void HotkeyService::setSecureInputActive(bool active)
-{
-    if (isSecureInputActive_ == active)
-        return;
-    isSecureInputActive_ = active;
-    emit isSecureInputActiveChanged(active);
-}
-
-void HotkeyService::refreshSecureInput()
-{
-    setSecureInputActive(platform_.isSecureEventInputEnabled());
-}
-
 bool HotkeyService::start()
 {
     stop();
@@ -68,7 +55,6 @@ bool HotkeyService::start()
     const bool ok = installTap();
     setActive(ok);
     updatePolling();
-    refreshSecureInput();
     return ok;
 }
 
@@ -170,7 +156,7 @@ QString HotkeyService::desktopShortcutConfigLine() const
 
 void HotkeyService::updatePolling()
 {
-    if (isActive_ && mode_ != HotkeyMode::customShortcut) {
+    if (isActive_) {
         delete pollTimer_;
         pollTimer_ = nullptr;
         return;
@@ -185,7 +171,6 @@ void HotkeyService::updatePolling()
 
 void HotkeyService::pollTick()
 {
-    refreshSecureInput();
     if (!isActive_ && platform_.isProcessTrusted())
         start();
 }

@@ -21,7 +21,6 @@ struct KeyEvent;
 class HotkeyService : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isActive READ isActive NOTIFY isActiveChanged)
-    Q_PROPERTY(bool isSecureInputActive READ isSecureInputActive WRITE setSecureInputActive NOTIFY isSecureInputActiveChanged)
 
 public:
     static constexpr double doubleTapInterval = 0.3;
@@ -47,14 +46,7 @@ public:
     bool isActive() const { return isActive_; }
     // How the session lets the detector see keys; asked afresh each time.
     KeyboardAccess keyboardAccess() const;
-    bool isSecureInputActive() const { return isSecureInputActive_; }
-    // Only a change is announced.
-    void setSecureInputActive(bool active);
-    // Reads the platform's secure-input state into isSecureInputActive; also
-    // done from outside when the status menu opens.
-    void refreshSecureInput();
-
-    // The poll timer's work, every 2 seconds while it runs.
+    // The poll timer's work, every 2 seconds while the detector is inactive.
     void pollTick();
     bool isPolling() const { return pollTimer_ != nullptr; }
 
@@ -74,7 +66,6 @@ public:
 
 signals:
     void isActiveChanged(bool isActive);
-    void isSecureInputActiveChanged(bool isSecureInputActive);
     void desktopShortcutChanged(const DesktopShortcutState& state);
 
 private:
@@ -93,7 +84,6 @@ private:
     const Clock& clock_;
     HotkeyMode mode_;
     bool isActive_ = false;
-    bool isSecureInputActive_ = false;
     bool hasTap_ = false;
     bool hasDesktopShortcut_ = false;
     bool replaceDesktopShortcut_ = false; // the next binding replaces what the desktop has

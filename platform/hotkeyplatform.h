@@ -56,8 +56,6 @@ public:
 
     // Whether this program has been granted what watching needs. Never prompts.
     virtual bool isProcessTrusted() = 0;
-    // Whether some application hides its key presses from watchers.
-    virtual bool isSecureEventInputEnabled() = 0;
     // Creates a tap that passes every key-down, modifier change, mouse-button
     // press and wheel turn to `callback` on the main thread without altering
     // it; false when refused.

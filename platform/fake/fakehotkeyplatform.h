@@ -8,7 +8,6 @@
 class FakeHotkeyPlatform final : public HotkeyPlatform {
 public:
     bool trusted = true;
-    bool secureInput = false;
     bool refuseTap = false;
     KeyboardAccess access = KeyboardAccess::sessionWide;
     bool tapEnabled = false;
@@ -16,7 +15,6 @@ public:
     Callback callback;
 
     bool isProcessTrusted() override { return trusted; }
-    bool isSecureEventInputEnabled() override { return secureInput; }
     bool createTap(Callback cb) override
     {
         if (refuseTap)

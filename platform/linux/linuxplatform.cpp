@@ -82,8 +82,6 @@ public:
     // Watching keys on X11 needs no grant; reading menus does, so trust means
     // the accessibility bus answers, as for the menu reader.
     bool isProcessTrusted() override { return Accessibility::current().isProcessTrusted(); }
-    // Raw events keep arriving during other clients' grabs: nothing hides keys.
-    bool isSecureEventInputEnabled() override { return false; }
     // Under Wayland the X server sees only the keys of X clients: a tap there
     // would look alive and miss most presses, so the kernel's devices are read.
     bool createTap(Callback callback) override

@@ -170,29 +170,24 @@ TEST_F(Controller, StatusMenuRows)
                                    "Settings… [Ctrl+,]", "About Kestrio", "-", "Quit Kestrio [Ctrl+Q]"}));
 
     keyboard.trusted = true;
-    keyboard.secureInput = true;
-    hotkey.setMode(HotkeyMode::customShortcut);
-    EXPECT_EQ(menu().value(2), "Settings… [Ctrl+,]"); // shown at the next rebuild, not before
-    app->rebuildStatusMenu();
-    EXPECT_EQ(menu().value(2), words.secureInputTitle);
-    row(words.secureInputTitle)->trigger();
+    hotkey.pollTick(); // active again: the warning row goes
+    EXPECT_EQ(menu(), normal);
+    row("Settings…")->trigger();
     ASSERT_TRUE(app->settingsWindow());
     EXPECT_EQ(app->settingsWindow()->windowTitle(), "Kestrio Settings");
 
     hub.postUpdateAvailable(UpdateCheckResult{"2.1.0", std::nullopt, QUrl("https://example.invalid/k.tar.gz"), std::nullopt, true});
-    EXPECT_EQ(menu().mid(3, 3), (QStringList{"-", "Download Update — v2.1.0 (off)", "-"}));
+    EXPECT_EQ(menu().mid(1, 3), (QStringList{"-", "Download Update — v2.1.0 (off)", "-"}));
     EXPECT_EQ(app->statusItem()->toolTip(), "Kestrio — update available");
 }
 
-TEST_F(Controller, InactiveWarningWinsOverSecureInput)
+TEST_F(Controller, TheInactiveRowOpensTheAccessibilitySettings)
 {
     saveHotkeyMode(HotkeyMode::customShortcut, settings.store());
     keyboard.trusted = false;
-    keyboard.secureInput = true;
     hotkey.setMode(HotkeyMode::customShortcut);
     launch();
     EXPECT_EQ(menu().value(2), words.hotkeyInactiveMenuRow);
-    EXPECT_FALSE(menu().contains(words.secureInputTitle));
     row(words.hotkeyInactiveMenuRow)->trigger();
     EXPECT_EQ(ax.settingsOpened, 1);
 }
@@ -602,7 +597,6 @@ TEST_F(Controller, NoWindowNamesAMacOSThing)
     CustomShortcut{49, Command | Shift | Control | Option}.save(settings.store());
     keyboard.trusted = false;
     ax.trusted = false;
-    keyboard.secureInput = true;
     launch();
     QStringList texts;
     ASSERT_TRUE(app->onboardingWindow());

@@ -165,19 +165,17 @@ TEST_F(Detector, ActivationIsAQueuedTaskThatNeedsTheService)
 TEST_F(Detector, UntrustedWaitsAndPollsUntilTrustArrives)
 {
     platform.trusted = false;
-    platform.secureInput = true;
     create();
     QList<bool> activeChanges;
     QObject::connect(service.get(), &HotkeyService::isActiveChanged, [&](bool a) { activeChanges << a; });
     EXPECT_FALSE(service->start());
     EXPECT_FALSE(service->isActive());
     EXPECT_TRUE(service->isPolling());
-    EXPECT_FALSE(service->isSecureInputActive()); // left as it was
     EXPECT_FALSE(platform.hasTap());
 
-    service->pollTick(); // still untrusted: only the secure-input flag
-    EXPECT_TRUE(service->isSecureInputActive());
+    service->pollTick(); // still untrusted
     EXPECT_FALSE(service->isActive());
+    EXPECT_FALSE(platform.hasTap());
 
     platform.trusted = true;
     service->pollTick();
@@ -209,25 +207,17 @@ TEST_F(Detector, ARefusedTapIsRetriedByThePoll)
     EXPECT_EQ(platform.tapsCreated, 1);
 }
 
-TEST_F(Detector, CustomModeKeepsPollingForSecureInput)
+TEST_F(Detector, SwitchingModesWhileActiveStoresTheModeAndPollsNothing)
 {
     create();
     service->start();
     EXPECT_FALSE(service->isPolling());
-    int secureChanges = 0;
-    QObject::connect(service.get(), &HotkeyService::isSecureInputActiveChanged, [&] { ++secureChanges; });
     EXPECT_TRUE(service->setMode(HotkeyMode::customShortcut));
     EXPECT_EQ(settings.reopened()->hotkeyModeText(), "customShortcut");
-    EXPECT_TRUE(service->isPolling());
-    platform.secureInput = true;
-    service->pollTick();
-    service->pollTick();
-    service->setSecureInputActive(true);
-    EXPECT_EQ(secureChanges, 1);
     EXPECT_TRUE(service->isActive());
-    EXPECT_TRUE(service->isPolling());
-
-    service->setMode(HotkeyMode::doubleTapOption); // back to a double tap: the timer goes
+    EXPECT_FALSE(service->isPolling()); // active: nothing to wait for
+    EXPECT_TRUE(service->setMode(HotkeyMode::doubleTapOption));
+    EXPECT_EQ(settings.reopened()->hotkeyModeText(), "doubleTapOption");
     EXPECT_FALSE(service->isPolling());
 }
 
