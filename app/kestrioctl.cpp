@@ -149,8 +149,10 @@ int press(AtspiAccessibility& ax, const QStringList& args)
     for (const MenuItem& item : service.getMenuItems(target.app)) {
         if (item.pathKey().normalized(QString::NormalizationForm_C) != wanted)
             continue;
-        if (pressMenuItem(item, ax, UsageTracker::shared()))
+        if (pressMenuItem(item, ax)) {
+            UsageTracker::shared().recordUsage(item.appBundleID.value_or(QStringLiteral("unknown")), item.pathKey());
             return 0;
+        }
         err(QStringLiteral("“%1” could not be pressed%2.\n")
                 .arg(path, item.isEnabled ? QString() : QStringLiteral(" (it is disabled)")));
         return kFailed;

@@ -5,7 +5,6 @@
 #include "platform/accessibility.h"
 #include "platform/clock.h"
 #include "platform/crossthread.h"
-#include "search/usagetracker.h"
 
 #include <QPointer>
 
@@ -53,14 +52,11 @@ void AccessibilityService::readMenuItems(const std::optional<RunningApplication>
     }, QThread::HighPriority);
 }
 
-void AccessibilityService::press(const MenuItem& item, UsageTracker& usage)
+void AccessibilityService::press(const MenuItem& item, std::function<void()> pressed)
 {
-    UsageTracker* tracker = &usage; // lives as long as the program (or the test)
-    CrossThread::start(pool_, [this, item, tracker] {
-        pressMenuItem(item, accessibility_, [this, tracker](const QString& bundle, const QString& path) {
-            // The history belongs to the UI thread.
-            CrossThread::post(&deliveries_, [tracker, bundle, path] { tracker->recordUsage(bundle, path); });
-        });
+    CrossThread::start(pool_, [this, item, pressed = std::move(pressed)] {
+        if (pressMenuItem(item, accessibility_) && pressed)
+            CrossThread::post(&deliveries_, pressed);
     }, QThread::HighPriority);
 }
 
@@ -87,99 +83,51 @@ QList<MenuItem> AccessibilityService::getMenuItems(const std::optional<RunningAp
             return cache_->items;
     }
 
-    const AttributeRead menuBar =
-        accessibility_.copyAttributeValue(accessibility_.applicationElement(pid, window), AXName::menuBar);
-    const auto* bar = menuBar.as<AccessibilityElementRef>();
-    if (!bar || !*bar)
+    const std::optional<MenuTree> tree = accessibility_.readMenus(pid, window);
+    if (!tree)
         return {};
-
-    QList<MenuItem> result;
-    const QList<AccessibilityElementRef> menus = readChildren(*bar);
-    const int skipped = accessibility_.skippedLeadingMenus();
-    for (qsizetype i = 0; i < menus.size(); ++i) {
-        const QString title = readText(menus[i], AXName::title).value_or(QString());
-        if (title.isEmpty() || i < skipped)
-            continue;
-        collectMenuItems(menus[i], {title}, appName, bundleID, result, emptySubmenus);
-    }
-
+    const QList<MenuItem> result = menuItemsOf(*tree, appName, bundleID, emptySubmenus);
     // A reading the application left half-done is shown, but not kept as its menus.
-    const AttributeRead complete = accessibility_.copyAttributeValue(*bar, AXName::readComplete);
-    if (const bool* done = complete.as<bool>(); done && !*done)
+    if (!tree->complete)
         return result;
     std::lock_guard lock(cacheMutex_);
     cache_ = CachedMenuItems{result, clock_.seconds(), pid, window};
     return result;
 }
 
-void AccessibilityService::collectMenuItems(const AccessibilityElementRef& element, const QStringList& path,
-                                            const QString& appName, const std::optional<QString>& bundleID,
-                                            QList<MenuItem>& result, QStringList* emptySubmenus)
+QList<MenuItem> AccessibilityService::menuItemsOf(const MenuTree& tree, const QString& appName,
+                                                  const std::optional<QString>& bundleID, QStringList* emptySubmenus)
 {
-    for (const AccessibilityElementRef& child : readChildren(element)) {
-        const std::optional<QString> role = readText(child, AXName::role);
-        if (!role)
-            continue;
-        if (*role == AXName::roleMenu) {
-            collectMenuItems(child, path, appName, bundleID, result, emptySubmenus);
-            continue;
-        }
-        if (*role != AXName::roleMenuItem)
-            continue;
-        const std::optional<QString> title = readText(child, AXName::title);
-        if (!title || title->isEmpty())
-            continue;
-        const bool enabled = readEnabled(child);
-        const std::optional<QString> shortcut = readShortcut(child);
-        const QStringList itemPath = path + QStringList{*title};
-        if (readChildren(child).isEmpty()) {
-            result.append(MenuItem{QUuid::createUuid(), *title, itemPath, shortcut, enabled, appName, bundleID, child});
-            continue;
-        }
-        const qsizetype before = result.size();
-        collectMenuItems(child, itemPath, appName, bundleID, result, emptySubmenus);
-        if (emptySubmenus && result.size() == before)
-            emptySubmenus->append(itemPath.join(kMenuPathSeparator));
+    QList<MenuItem> result;
+    for (const MenuNode& menu : tree.menus) {
+        if (menu.isMenu() && !menu.title.isEmpty())
+            collect(menu, {menu.title}, appName, bundleID, result, emptySubmenus);
     }
+    return result;
 }
 
-QList<AccessibilityElementRef> AccessibilityService::readChildren(const AccessibilityElementRef& element)
+void AccessibilityService::collect(const MenuNode& menu, const QStringList& path, const QString& appName,
+                                   const std::optional<QString>& bundleID, QList<MenuItem>& result,
+                                   QStringList* emptySubmenus)
 {
-    const AttributeRead read = accessibility_.copyAttributeValue(element, AXName::children);
-    const auto* children = read.as<QList<AccessibilityElementRef>>();
-    return children ? *children : QList<AccessibilityElementRef>{};
-}
-
-bool AccessibilityService::readEnabled(const AccessibilityElementRef& element)
-{
-    const AttributeRead read = accessibility_.copyAttributeValue(element, AXName::enabled);
-    const bool* enabled = read.as<bool>();
-    return enabled && *enabled;
-}
-
-std::optional<QString> AccessibilityService::readShortcut(const AccessibilityElementRef& element)
-{
-    const AttributeRead modifiersRead = accessibility_.copyAttributeValue(element, AXName::menuItemCmdModifiers);
-    const qint64* modifiers = modifiersRead.as<qint64>();
-    const qint64 mask = modifiers ? *modifiers : 0;
-    const std::optional<QString> character = readText(element, AXName::menuItemCmdChar);
-    if (character && !character->isEmpty())
-        return menuShortcutText(*character, mask);
-    const AttributeRead keyRead = accessibility_.copyAttributeValue(element, AXName::menuItemCmdVirtualKey);
-    if (const qint64* virtualKey = keyRead.as<qint64>())
-        return menuShortcutText(*virtualKey, mask);
-    return std::nullopt;
+    for (const MenuNode& child : menu.children) {
+        if (child.kind == MenuNode::Kind::separator || child.title.isEmpty())
+            continue;
+        const QStringList childPath = path + QStringList{child.title};
+        if (child.isMenu()) {
+            const qsizetype before = result.size();
+            collect(child, childPath, appName, bundleID, result, emptySubmenus);
+            if (emptySubmenus && result.size() == before)
+                emptySubmenus->append(childPath.join(kMenuPathSeparator));
+            continue;
+        }
+        const std::optional<QString> shortcut = child.shortcut ? menuShortcutText(*child.shortcut) : std::nullopt;
+        result.append(MenuItem{QUuid::createUuid(), child.title, childPath, shortcut, child.enabled, appName, bundleID,
+                               child.handle});
+    }
 }
 
 void AccessibilityService::openAccessibilitySettings()
 {
     accessibility_.openAccessibilitySettings();
-}
-
-std::optional<QString> AccessibilityService::readText(const AccessibilityElementRef& element, const QString& attribute)
-{
-    const AttributeRead read = accessibility_.copyAttributeValue(element, attribute);
-    if (const QString* text = read.as<QString>())
-        return *text;
-    return std::nullopt;
 }

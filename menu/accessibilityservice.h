@@ -13,7 +13,7 @@
 
 class Accessibility;
 class Clock;
-class UsageTracker;
+struct MenuNode;
 
 // The last complete reading of one application's menus.
 struct CachedMenuItems {
@@ -51,19 +51,19 @@ public:
     // unless `context` is gone by then.
     void readMenuItems(const std::optional<RunningApplication>& target, QObject* context,
                        std::function<void(const QList<MenuItem>&)> done);
-    // Presses the item on the pool; a use is recorded with `usage` (which
-    // outlives this reader), on the UI thread, when the press worked.
-    void press(const MenuItem& item, UsageTracker& usage);
+    // Presses the item on the pool; `pressed` runs on the UI thread when the
+    // press worked on an enabled item (a use to record), unless this reader
+    // is gone by then.
+    void press(const MenuItem& item, std::function<void()> pressed);
 
     void openAccessibilitySettings();
 
-    // The walk and its readers.
-    void collectMenuItems(const AccessibilityElementRef& element, const QStringList& path, const QString& appName,
-                          const std::optional<QString>& bundleID, QList<MenuItem>& result,
-                          QStringList* emptySubmenus = nullptr);
-    QList<AccessibilityElementRef> readChildren(const AccessibilityElementRef& element);
-    bool readEnabled(const AccessibilityElementRef& element);
-    std::optional<QString> readShortcut(const AccessibilityElementRef& element);
+    // The commands of one read menu tree, depth first: menus give their
+    // titles to the paths below them, separators and untitled entries are
+    // left out, disabled commands stay (marked). With `emptySubmenus`, the
+    // paths of submenus that held no command are added to it.
+    static QList<MenuItem> menuItemsOf(const MenuTree& tree, const QString& appName,
+                                       const std::optional<QString>& bundleID, QStringList* emptySubmenus = nullptr);
 
     std::optional<CachedMenuItems> cache() const;
     // Lives exactly as long as this reader: work queued on it for later (a
@@ -72,7 +72,8 @@ public:
     Accessibility& accessibility() { return accessibility_; }
 
 private:
-    std::optional<QString> readText(const AccessibilityElementRef& element, const QString& attribute);
+    static void collect(const MenuNode& menu, const QStringList& path, const QString& appName,
+                        const std::optional<QString>& bundleID, QList<MenuItem>& result, QStringList* emptySubmenus);
 
     Accessibility& accessibility_;
     const Clock& clock_;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/accessibilityelement.h"
+#include "platform/menutree.h"
 
 #include <QHashFunctions>
 #include <QString>
@@ -18,7 +18,8 @@ struct MenuItem {
     bool isEnabled = false;
     QString appName;
     std::optional<QString> appBundleID;
-    AccessibilityElementRef axElement;
+    // What pressing it takes; axElement where menus are accessibility elements.
+    MenuHandleRef handle;
 
     // Menu path joined with " → ": the usage-history key and second search text.
     QString pathKey() const;

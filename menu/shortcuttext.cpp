@@ -60,3 +60,12 @@ QString menuShortcutText(qint64 virtualKey, qint64 modifierMask, const KeyWords&
 {
     return menuModifiersAnd(virtualKeyName(virtualKey, words).value_or(QStringLiteral("?")), modifierMask, words);
 }
+
+std::optional<QString> menuShortcutText(const MenuKeyEquivalent& key, const KeyWords& words)
+{
+    if (key.character && !key.character->isEmpty())
+        return menuShortcutText(*key.character, key.modifiers, words);
+    if (key.virtualKey)
+        return menuShortcutText(*key.virtualKey, key.modifiers, words);
+    return std::nullopt;
+}

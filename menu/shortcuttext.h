@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/platformwords.h"
+#include "platform/menutree.h"
 
 #include <QString>
 
@@ -24,6 +25,10 @@ QString menuShortcutText(const QString& keyCharacter, qint64 modifierMask,
 
 // The modifiers of a menu modifier mask followed by the name of a virtual key, or "?".
 QString menuShortcutText(qint64 virtualKey, qint64 modifierMask, const KeyWords& words = PlatformWords::current().keys);
+
+// A menu item's shortcut as read: by its key character, else its virtual
+// key; nothing when it names neither.
+std::optional<QString> menuShortcutText(const MenuKeyEquivalent& key, const KeyWords& words = PlatformWords::current().keys);
 
 // Name of the special key whose character is the first scalar of `keyCharacter`.
 std::optional<QString> keyCharacterGlyph(const QString& keyCharacter,

@@ -101,7 +101,11 @@ SearchViewModel::SearchViewModel(AccessibilityService& accessibilityService,
         services_.analytics = &AnalyticsService::shared();
     if (!services_.press) {
         services_.press = [reader = &accessibilityService_, usage = services_.usage](const MenuItem& item) {
-            reader->press(item, *usage); // waits on the target: never here on the UI thread
+            // Waits on the target: the reader presses on its pool, never here
+            // on the UI thread, and hands a use back here to record.
+            const QString bundle = item.appBundleID.value_or(QStringLiteral("unknown"));
+            const QString path = item.pathKey();
+            reader->press(item, [usage, bundle, path] { usage->recordUsage(bundle, path); });
             return true;
         };
     }

@@ -1,89 +1,101 @@
 #include "platform/fake/fakeaccessibility.h"
 
-namespace {
+namespace FakeMenus {
 
-QList<AccessibilityElementRef> refs(std::initializer_list<std::shared_ptr<FakeElement>> elements)
+MenuTree menuBar(std::initializer_list<MenuNode> menus, bool complete)
 {
-    QList<AccessibilityElementRef> list;
-    for (const auto& e : elements)
-        list.append(e);
-    return list;
+    return MenuTree{QList<MenuNode>(menus), complete};
 }
 
-std::shared_ptr<FakeElement> element(const QString& role, const QString& title)
+MenuNode menu(const QString& title, std::initializer_list<MenuNode> entries)
 {
-    auto e = std::make_shared<FakeElement>();
-    e->set(AXName::role, role);
-    e->set(AXName::title, title);
-    return e;
+    MenuNode node;
+    node.kind = MenuNode::Kind::menu;
+    node.title = title;
+    node.children = QList<MenuNode>(entries);
+    return node;
 }
 
-} // namespace
-
-void FakeElement::set(const QString& attribute, AccessibilityValue value)
+MenuNode item(const QString& title, bool enabled)
 {
-    attributes.insert(attribute, AttributeRead{AccessibilityError::success, std::move(value)});
+    MenuNode node;
+    node.title = title;
+    node.enabled = enabled;
+    auto handle = std::make_shared<FakeMenuItem>();
+    handle->enabled = enabled;
+    node.handle = handle;
+    return node;
 }
 
-std::shared_ptr<FakeElement> FakeElement::menuBar(std::initializer_list<std::shared_ptr<FakeElement>> menus)
+MenuNode separator()
 {
-    auto bar = std::make_shared<FakeElement>();
-    bar->set(AXName::role, QStringLiteral("AXMenuBar"));
-    bar->set(AXName::children, refs(menus));
-    return bar;
+    MenuNode node;
+    node.kind = MenuNode::Kind::separator;
+    return node;
 }
 
-std::shared_ptr<FakeElement> FakeElement::barMenu(const QString& title, std::initializer_list<std::shared_ptr<FakeElement>> items)
+MenuNode withShortcut(MenuNode item, const MenuKeyEquivalent& shortcut)
 {
-    auto menu = element(AXName::roleMenu, QString());
-    menu->set(AXName::children, refs(items));
-    auto entry = element(AXName::roleMenuBarItem, title);
-    entry->set(AXName::children, QList<AccessibilityElementRef>{menu});
-    return entry;
+    item.shortcut = shortcut;
+    return item;
 }
 
-std::shared_ptr<FakeElement> FakeElement::item(const QString& title, bool enabled)
+FakeMenuItem& handleOf(const MenuNode& item)
 {
-    auto e = element(AXName::roleMenuItem, title);
-    e->set(AXName::enabled, enabled);
-    return e;
+    return const_cast<FakeMenuItem&>(dynamic_cast<const FakeMenuItem&>(*item.handle));
 }
 
-std::shared_ptr<FakeElement> FakeElement::submenu(const QString& title, std::initializer_list<std::shared_ptr<FakeElement>> items)
-{
-    auto menu = element(AXName::roleMenu, QString());
-    menu->set(AXName::children, refs(items));
-    auto e = item(title);
-    e->set(AXName::children, QList<AccessibilityElementRef>{menu});
-    return e;
-}
+} // namespace FakeMenus
 
-std::shared_ptr<FakeElement> FakeElement::separator()
-{
-    return item(QString());
-}
-
-std::shared_ptr<FakeElement> FakeElement::withRole(const QString& role, const QString& title)
-{
-    return element(role, title);
-}
-
-void FakeAccessibility::addApplication(qint32 pid, std::shared_ptr<FakeElement> menuBar, std::optional<quint64> window)
-{
-    auto app = std::make_shared<FakeElement>();
-    app->set(QStringLiteral("AXRole"), QStringLiteral("AXApplication"));
-    if (menuBar)
-        app->set(AXName::menuBar, AccessibilityElementRef(menuBar));
-    std::lock_guard lock(mutex_);
-    applications_.insert({pid, window.value_or(0)}, app);
-}
-
-std::shared_ptr<FakeElement> FakeAccessibility::application(qint32 pid, std::optional<quint64> window) const
+void FakeAccessibility::addApplication(qint32 pid, std::optional<MenuTree> menus, std::optional<quint64> window)
 {
     std::lock_guard lock(mutex_);
-    if (auto app = applications_.value({pid, window.value_or(0)}))
-        return app;
-    return applications_.value({pid, 0});
+    applications_.insert({pid, window.value_or(0)}, std::move(menus));
+}
+
+void FakeAccessibility::freeze(qint32 pid, std::shared_ptr<Gate> gate)
+{
+    std::lock_guard lock(mutex_);
+    frozen_.insert(pid, std::move(gate));
+}
+
+std::optional<MenuTree> FakeAccessibility::readMenus(qint32 pid, std::optional<quint64> window)
+{
+    std::shared_ptr<Gate> gate;
+    std::optional<std::optional<MenuTree>> menus;
+    {
+        std::lock_guard lock(mutex_);
+        gate = frozen_.value(pid);
+        if (const auto it = applications_.constFind({pid, window.value_or(0)}); it != applications_.cend())
+            menus = *it;
+        else if (const auto own = applications_.constFind({pid, 0}); own != applications_.cend())
+            menus = *own;
+    }
+    if (gate)
+        gate->pass();
+    ++readings;
+    if (!menus || !trusted)
+        return std::nullopt; // no such process, or no permission to read it
+    return *menus;
+}
+
+std::optional<bool> FakeAccessibility::isEnabled(const MenuHandleRef& item)
+{
+    const auto* fake = dynamic_cast<const FakeMenuItem*>(item.get());
+    if (!fake)
+        return std::nullopt;
+    if (fake->frozen)
+        fake->frozen->pass();
+    return fake->enabled;
+}
+
+bool FakeAccessibility::press(const MenuHandleRef& item)
+{
+    const auto* fake = dynamic_cast<const FakeMenuItem*>(item.get());
+    if (!fake || !fake->enabled.has_value())
+        return false;
+    ++fake->pressCount;
+    return fake->pressResult;
 }
 
 void FakeAccessibility::afterTrustIsKnown(QObject* context, std::function<void()> then)
@@ -115,45 +127,6 @@ void FakeAccessibility::announceTrust()
 void FakeAccessibility::stopReadings()
 {
     std::lock_guard lock(mutex_);
-    for (const std::shared_ptr<FakeElement>& app : std::as_const(applications_)) {
-        if (app->frozen)
-            app->frozen->open();
-    }
-}
-
-AccessibilityElementRef FakeAccessibility::applicationElement(qint32 pid, std::optional<quint64> window)
-{
-    if (auto app = application(pid, window))
-        return app;
-    // Like the platform, any pid gives an element; reading it fails.
-    auto nobody = std::make_shared<FakeElement>();
-    nobody->vanished = true;
-    return nobody;
-}
-
-AttributeRead FakeAccessibility::copyAttributeValue(const AccessibilityElementRef& element, const QString& attribute)
-{
-    {
-        std::lock_guard lock(mutex_);
-        ++attributeReads;
-    }
-    const auto* fake = dynamic_cast<const FakeElement*>(element.get());
-    if (fake && fake->frozen)
-        fake->frozen->pass();
-    if (!fake || fake->vanished)
-        return {AccessibilityError::invalidElement, {}};
-    if (!trusted)
-        return {AccessibilityError::cannotComplete, {}};
-    return fake->attributes.value(attribute, AttributeRead{AccessibilityError::noValue, {}});
-}
-
-AccessibilityError FakeAccessibility::performAction(const AccessibilityElementRef& element, const QString& action)
-{
-    const auto* fake = dynamic_cast<const FakeElement*>(element.get());
-    if (!fake || fake->vanished)
-        return AccessibilityError::invalidElement;
-    if (action != AXName::press)
-        return AccessibilityError::actionUnsupported;
-    ++fake->pressCount;
-    return fake->pressResult;
+    for (const std::shared_ptr<Gate>& gate : std::as_const(frozen_))
+        gate->open();
 }

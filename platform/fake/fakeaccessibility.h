@@ -34,50 +34,51 @@ private:
     bool open_ = false;
 };
 
-// An element of a made-up application, with attributes a test sets.
-class FakeElement final : public AccessibilityElement {
+// A command of a made-up application, answering as a test sets it.
+class FakeMenuItem final : public MenuHandle {
 public:
-    QHash<QString, AttributeRead> attributes;
-    AccessibilityError pressResult = AccessibilityError::success;
-    bool vanished = false; // every read and action fails as for a quit application
+    // Whether it is enabled when asked again; nothing: gone, or not answering.
+    std::optional<bool> enabled = true;
+    bool pressResult = true;
     mutable std::atomic<int> pressCount = 0;
-    // When set, every read of this element waits until the test releases it:
-    // an application that does not answer.
+    // When set, asking or pressing it waits until the test releases it: an
+    // application that does not answer.
     std::shared_ptr<Gate> frozen;
-
-    void set(const QString& attribute, AccessibilityValue value);
-
-    // Building blocks of a menu bar in the platform's shape.
-    static std::shared_ptr<FakeElement> menuBar(std::initializer_list<std::shared_ptr<FakeElement>> menus);
-    // A menu-bar entry whose menu holds `items`.
-    static std::shared_ptr<FakeElement> barMenu(const QString& title, std::initializer_list<std::shared_ptr<FakeElement>> items);
-    static std::shared_ptr<FakeElement> item(const QString& title, bool enabled = true);
-    static std::shared_ptr<FakeElement> submenu(const QString& title, std::initializer_list<std::shared_ptr<FakeElement>> items);
-    static std::shared_ptr<FakeElement> separator();
-    static std::shared_ptr<FakeElement> withRole(const QString& role, const QString& title);
 };
+
+// Building blocks of a made-up application's menus.
+namespace FakeMenus {
+MenuTree menuBar(std::initializer_list<MenuNode> menus, bool complete = true);
+// A menu of the bar, or a submenu, holding `entries`.
+MenuNode menu(const QString& title, std::initializer_list<MenuNode> entries);
+MenuNode item(const QString& title, bool enabled = true);
+MenuNode separator();
+MenuNode withShortcut(MenuNode item, const MenuKeyEquivalent& shortcut);
+// How the item made above answers when asked again or pressed.
+FakeMenuItem& handleOf(const MenuNode& item);
+} // namespace FakeMenus
 
 class FakeAccessibility final : public Accessibility {
 public:
     bool trusted = true;
     bool trustKnown = true; // false: afterTrustIsKnown waits for announceTrust
-    int leadingMenus = 2;
     std::optional<RunningApplication> frontmost;
     int settingsOpened = 0;
     int trustRequests = 0;
-    int attributeReads = 0;
+    std::atomic<int> readings = 0; // menus read
     std::atomic<int> trustChecks = 0;
 
-    // The application element for `pid`, whose "AXMenuBar" is `menuBar`; with
-    // a window, the element the application has for that window only.
-    void addApplication(qint32 pid, std::shared_ptr<FakeElement> menuBar, std::optional<quint64> window = std::nullopt);
-    std::shared_ptr<FakeElement> application(qint32 pid, std::optional<quint64> window = std::nullopt) const;
+    // The menus of `pid`; with a window, of that window only. Nothing: the
+    // application shows no menus.
+    void addApplication(qint32 pid, std::optional<MenuTree> menus, std::optional<quint64> window = std::nullopt);
+    // The application answers no reading until `gate` opens.
+    void freeze(qint32 pid, std::shared_ptr<Gate> gate);
     // The first answer about trust comes in.
     void announceTrust();
 
-    AccessibilityElementRef applicationElement(qint32 pid, std::optional<quint64> window = std::nullopt) override;
-    AttributeRead copyAttributeValue(const AccessibilityElementRef& element, const QString& attribute) override;
-    AccessibilityError performAction(const AccessibilityElementRef& element, const QString& action) override;
+    std::optional<MenuTree> readMenus(qint32 pid, std::optional<quint64> window = std::nullopt) override;
+    std::optional<bool> isEnabled(const MenuHandleRef& item) override;
+    bool press(const MenuHandleRef& item) override;
     // As platforms that find out in the background answer: what the previous
     // question found, while askTrust answers afresh.
     bool answersLate = false;
@@ -96,11 +97,11 @@ public:
     void openAccessibilitySettings() override { ++settingsOpened; }
     // Frozen applications give their readings up, as the platform's do.
     void stopReadings() override;
-    int skippedLeadingMenus() const override { return leadingMenus; }
 
 private:
     bool lastAnswer_ = false;
-    mutable std::mutex mutex_;
-    QHash<std::pair<qint32, quint64>, std::shared_ptr<FakeElement>> applications_; // window 0: the application's own
+    std::mutex mutex_;
+    QHash<std::pair<qint32, quint64>, std::optional<MenuTree>> applications_; // window 0: the application's own
+    QHash<qint32, std::shared_ptr<Gate>> frozen_;
     QList<std::pair<QPointer<QObject>, std::function<void()>>> trustWaiters_;
 };

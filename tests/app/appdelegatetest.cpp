@@ -50,7 +50,7 @@ namespace {
 
 const PlatformWords& words = PlatformWords::current();
 
-using E = FakeElement;
+namespace E = FakeMenus;
 
 const RunningApplication kMousepad{42, "mousepad", "org.xfce.mousepad", 0x400003};
 
@@ -78,8 +78,7 @@ protected:
 
     Controller()
     {
-        ax.leadingMenus = 0;
-        ax.addApplication(42, E::menuBar({E::barMenu("File", {E::item("Save As…")})}));
+        ax.addApplication(42, E::menuBar({E::menu("File", {E::item("Save As…")})}));
         workspace.frontmost = kMousepad;
     }
 
@@ -586,13 +585,8 @@ QStringList macOSWordsIn(const QStringList& texts)
 TEST_F(Controller, NoWindowNamesAMacOSThing)
 {
     using namespace ModifierFlag;
-    ax.addApplication(42, E::menuBar({E::barMenu(
-                              "File", {[] {
-                                  auto item = E::item("Save As…");
-                                  item->set(AXName::menuItemCmdChar, QStringLiteral("s"));
-                                  item->set(AXName::menuItemCmdModifiers, qint64(1));
-                                  return item;
-                              }()})}));
+    ax.addApplication(42, E::menuBar({E::menu(
+                              "File", {E::withShortcut(E::item("Save As…"), MenuKeyEquivalent{1, QStringLiteral("s"), {}})})}));
     useSettingsForm();
     CustomShortcut{49, Command | Shift | Control | Option}.save(settings.store());
     keyboard.trusted = false;

@@ -27,17 +27,13 @@ namespace {
 class SlowAccessibility final : public Accessibility {
 public:
     SlowAccessibility(Accessibility& real, int delayMs) : real_(real), delayMs_(delayMs) {}
-    AccessibilityElementRef applicationElement(qint32 pid, std::optional<quint64> window) override
+    std::optional<MenuTree> readMenus(qint32 pid, std::optional<quint64> window) override
     {
-        return real_.applicationElement(pid, window);
+        QThread::msleep(ulong(delayMs_));
+        return real_.readMenus(pid, window);
     }
-    AttributeRead copyAttributeValue(const AccessibilityElementRef& e, const QString& attribute) override
-    {
-        if (attribute == AXName::menuBar)
-            QThread::msleep(ulong(delayMs_));
-        return real_.copyAttributeValue(e, attribute);
-    }
-    AccessibilityError performAction(const AccessibilityElementRef& e, const QString& a) override { return real_.performAction(e, a); }
+    std::optional<bool> isEnabled(const MenuHandleRef& item) override { return real_.isEnabled(item); }
+    bool press(const MenuHandleRef& item) override { return real_.press(item); }
     bool isProcessTrusted() override { return real_.isProcessTrusted(); }
     void afterTrustIsKnown(QObject* context, std::function<void()> then) override
     {
@@ -50,7 +46,6 @@ public:
     void requestTrust() override { real_.requestTrust(); }
     std::optional<RunningApplication> frontmostApplication() override { return real_.frontmostApplication(); }
     void openAccessibilitySettings() override { real_.openAccessibilitySettings(); }
-    int skippedLeadingMenus() const override { return real_.skippedLeadingMenus(); }
 
 private:
     Accessibility& real_;

@@ -39,7 +39,7 @@ int main(int argc, char** argv)
             if (!pressed && info.name == pressName) {
                 for (const MenuItem& item : service.getMenuItems(ax.runningApplicationOf(info.pid))) {
                     if (item.pathKey() == pressPath)
-                        pressed = ax.performAction(item.axElement, AXName::press) == AccessibilityError::success;
+                        pressed = ax.press(item.handle);
                 }
             }
         }

@@ -2,7 +2,7 @@
 // GetKeyBinding) and item names, which may carry a drawn shortcut after a
 // tab, to the translations and the shortcut texts.
 #include "menu/shortcuttext.h"
-#include "platform/linux/atspi/keybinding.h"
+#include "platform/linux/keybinding/keybinding.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -5,10 +5,8 @@
 // falling silent half-way. Every walk of the reading (finding the menu bar,
 // fetching below it, looking for a menu button and counting its commands,
 // making the tree) must end within its budget of questions.
-#include "platform/accessibility.h"
-#include "platform/linux/atspi/atspielement.h"
 #include "platform/linux/atspi/atspimenureader.h"
-#include "tests/fuzz/elementtree.h"
+#include "tests/fuzz/menutreesize.h"
 #include "tests/support/atspiobjecttable.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
@@ -77,16 +75,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 
     AtspiMenuReader reader(table, clock);
     const QString title = QString::fromUtf8(QByteArray::fromStdString(in.ConsumeRandomLengthString(16)));
-    const AccessibilityElementRef tree = reader.readMenuBar(ref(0), 1, QStringLiteral("GTK"), title);
+    const std::optional<MenuTree> tree = reader.readMenuBar(ref(0), QStringLiteral("GTK"), title);
     // The bulk cache is one question; the rest keep to the budget.
     if (table.questions > AtspiMenuReader::kMaxQuestions)
         std::abort();
     if (tree) {
         int deepest = 0;
-        const int elements = countElements(tree, 0, deepest);
-        // Each object once at most (a menu the reader makes up adds one each),
-        // and no deeper than the reader goes.
-        if (elements > 2 * (kPool + 1) + 1 || deepest > 2 * 18 + 2)
+        const int nodes = countNodes(tree->menus, 0, deepest);
+        // Each object once at most, and no deeper than the reader goes.
+        if (nodes > kPool + 1 || deepest > 2 * 18 + 2)
             std::abort();
     }
     return 0;

@@ -5,10 +5,8 @@
 // the reply, finding the menu bar and making the element tree must stay
 // finite and small. (The wire format itself is Qt's to read, against the
 // exact signature the reader checks first.)
-#include "platform/accessibility.h"
-#include "platform/linux/atspi/atspielement.h"
 #include "platform/linux/atspi/atspimenureader.h"
-#include "tests/fuzz/elementtree.h"
+#include "tests/fuzz/menutreesize.h"
 #include "tests/support/atspiobjecttable.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
@@ -67,12 +65,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     for (int i = in.ConsumeIntegralInRange(0, 4); i > 0; --i)
         windows.append(ref(in));
     const AtspiRef bar = reader.findMenuBarInCache(windows).value_or(ref(in));
-    const AccessibilityElementRef tree = reader.makeMenuBar(bar, 1);
+    const MenuTree tree = reader.makeMenuBar(bar);
     int deepest = 0;
-    const int elements = countElements(tree, 0, deepest);
-    // Each object once at most (a menu the reader makes up adds one each), and
-    // no deeper than the reader goes.
-    if (elements > 2 * (reader.nodes().size() + 1) + 1 || deepest > 2 * 18 + 2)
+    const int nodes = countNodes(tree.menus, 0, deepest);
+    // Each object once at most, and no deeper than the reader goes.
+    if (nodes > reader.nodes().size() || deepest > 2 * 18 + 2)
         std::abort();
     return 0;
 }

@@ -1,9 +1,7 @@
 #include "menu/accessibilityservice.h"
 #include "platform/fake/fakeaccessibility.h"
 #include "platform/fake/fakeclock.h"
-#include "search/usagetracker.h"
 #include "support/eventually.h"
-#include "support/tempsettings.h"
 
 #include <QThread>
 
@@ -13,7 +11,7 @@
 
 namespace {
 
-using E = FakeElement;
+namespace E = FakeMenus;
 
 constexpr qint32 kPid = 42;
 const RunningApplication kEditor{kPid, "Editor", "org.editor"};
@@ -42,16 +40,16 @@ void PrintTo(const Row& r, std::ostream* os)
     *os << r.path.toStdString() << " [" << r.shortcut.value_or("-").toStdString() << "]" << (r.enabled ? "" : " disabled");
 }
 
-std::shared_ptr<FakeElement> withShortcut(std::shared_ptr<FakeElement> item, std::optional<QString> character,
-                                          std::optional<qint64> virtualKey, std::optional<qint64> modifiers)
+MenuNode withShortcut(MenuNode item, std::optional<QString> character, std::optional<qint64> virtualKey, qint64 modifiers)
 {
-    if (character)
-        item->set(AXName::menuItemCmdChar, *character);
-    if (virtualKey)
-        item->set(AXName::menuItemCmdVirtualKey, *virtualKey);
-    if (modifiers)
-        item->set(AXName::menuItemCmdModifiers, *modifiers);
-    return item;
+    return E::withShortcut(std::move(item), MenuKeyEquivalent{modifiers, std::move(character), virtualKey});
+}
+
+MenuNode ofKind(MenuNode::Kind kind, const QString& title)
+{
+    MenuNode node = E::item(title);
+    node.kind = kind;
+    return node;
 }
 
 class AccessibilityServiceTest : public testing::Test {
@@ -60,33 +58,26 @@ protected:
     FakeClock clock;
     AccessibilityService service{ax, clock};
 
-    // System menu and application menu first, as the platform's bars have.
-    void addEditor(std::initializer_list<std::shared_ptr<FakeElement>> menus, qint32 pid = kPid)
-    {
-        auto bar = E::menuBar({E::barMenu("Apple", {E::item("About This Mac")}), E::barMenu("Editor", {E::item("Quit")})});
-        auto children = *bar->attributes[AXName::children].as<QList<AccessibilityElementRef>>();
-        for (const auto& m : menus)
-            children.append(m);
-        bar->set(AXName::children, children);
-        ax.addApplication(pid, bar);
-    }
+    void addEditor(std::initializer_list<MenuNode> menus, qint32 pid = kPid) { ax.addApplication(pid, E::menuBar(menus)); }
 };
 
 TEST_F(AccessibilityServiceTest, WalksMenusDepthFirstWithPathsShortcutsAndStates)
 {
-    auto disabled = E::item("Paste", false);
+    const MenuNode disabled = E::item("Paste", false);
     addEditor({
-        E::barMenu("File", {
-            withShortcut(E::item("Save"), "s", std::nullopt, std::nullopt),
+        E::menu("File", {
+            withShortcut(E::item("Save"), "s", std::nullopt, 0),
             withShortcut(E::item("Save As…"), "s", std::nullopt, 1),
             E::separator(),
-            E::submenu("Recent", {E::item("a.txt"), E::separator(), E::item("Clear")}),
-            E::withRole("AXUnknown", "Ghost"),
-            E::withRole("AXMenuBarItem", "Stray"),
+            E::menu("Recent", {E::item("a.txt"), E::separator(), E::item("Clear")}),
+            E::item(""), // no title: nothing to find it by
+            ofKind(MenuNode::Kind::check, "Word Wrap"),
+            ofKind(MenuNode::Kind::radio, "Insert Mode"),
         }),
-        E::barMenu("", {E::item("Hidden")}), // no title: skipped even after the first two
-        E::barMenu("Edit", {disabled, withShortcut(E::item("Close"), std::nullopt, 53, 8)}),
-        E::barMenu("View", {withShortcut(E::item("Full Screen"), "", 122, 0)}),
+        E::menu("", {E::item("Hidden")}), // no title: skipped
+        E::item("Stray"),                  // a command on the bar itself, where menus belong: skipped
+        E::menu("Edit", {disabled, withShortcut(E::item("Close"), std::nullopt, 53, 8)}),
+        E::menu("View", {withShortcut(E::item("Full Screen"), "", 122, 0)}),
     });
 
     const QList<MenuItem> items = service.getMenuItems(kEditor);
@@ -95,62 +86,31 @@ TEST_F(AccessibilityServiceTest, WalksMenusDepthFirstWithPathsShortcutsAndStates
         {"File → Save As…", "Ctrl+Shift+S", true},
         {"File → Recent → a.txt", std::nullopt, true},
         {"File → Recent → Clear", std::nullopt, true},
+        {"File → Word Wrap", std::nullopt, true},
+        {"File → Insert Mode", std::nullopt, true},
         {"Edit → Paste", std::nullopt, false},
         {"Edit → Close", "Esc", true},
         {"View → Full Screen", "Ctrl+F1", true}, // an empty character falls back to the virtual key
     }));
-    ASSERT_FALSE(items.isEmpty());
+    ASSERT_EQ(items.size(), 9);
     EXPECT_EQ(items[0].appName, "Editor");
     EXPECT_EQ(items[0].appBundleID, "org.editor");
-    EXPECT_EQ(items[4].axElement.get(), disabled.get());
-}
-
-TEST_F(AccessibilityServiceTest, OddAttributesFallBackToDefaults)
-{
-    auto noEnabled = E::item("No State");
-    noEnabled->attributes.remove(AXName::enabled);
-    auto textEnabled = E::item("Text State");
-    textEnabled->set(AXName::enabled, QStringLiteral("yes"));
-    auto numericTitle = E::item("x");
-    numericTitle->set(AXName::title, qint64(5));
-    auto noRole = E::item("No Role");
-    noRole->attributes.remove(AXName::role);
-    auto badModifiers = withShortcut(E::item("Odd Mask"), "k", std::nullopt, std::nullopt);
-    badModifiers->set(AXName::menuItemCmdModifiers, QStringLiteral("4"));
-    auto failingChildren = E::submenu("Broken", {E::item("Inside")});
-    failingChildren->attributes[AXName::children].error = AccessibilityError::cannotComplete;
-    addEditor({E::barMenu("Tools", {noEnabled, textEnabled, numericTitle, noRole, badModifiers, failingChildren})});
-
-    EXPECT_EQ(rows(service.getMenuItems(kEditor)), (std::vector<Row>{
-        {"Tools → No State", std::nullopt, false},
-        {"Tools → Text State", std::nullopt, false},
-        {"Tools → Odd Mask", "Ctrl+K", true},
-        {"Tools → Broken", std::nullopt, true}, // its children could not be read: a command
-    }));
+    EXPECT_EQ(items[6].handle.get(), disabled.handle.get());
 }
 
 // A submenu filled only when opened is not a command; the command line names it.
 TEST_F(AccessibilityServiceTest, EmptySubmenusAreLeftOutAndNamedWhenAsked)
 {
-    addEditor({E::barMenu("File", {E::submenu("Open Recent", {}), E::item("Save"),
-                                   E::submenu("Templates", {E::submenu("Mine", {}), E::separator()})})});
+    addEditor({E::menu("File", {E::menu("Open Recent", {}), E::item("Save"),
+                                E::menu("Templates", {E::menu("Mine", {}), E::separator()})})});
     QStringList empty;
     EXPECT_EQ(rows(service.getMenuItems(kEditor, &empty)), (std::vector<Row>{{"File → Save", std::nullopt, true}}));
     EXPECT_EQ(empty, (QStringList{"File → Open Recent", "File → Templates → Mine", "File → Templates"}));
 }
 
-TEST_F(AccessibilityServiceTest, LeadingMenusSkippedAreTheBackendsCount)
-{
-    addEditor({E::barMenu("File", {E::item("Open")})});
-    ax.leadingMenus = 0;
-    const QList<MenuItem> items = service.getMenuItems(kEditor);
-    ASSERT_EQ(items.size(), 3);
-    EXPECT_EQ(items[0].pathKey(), "Apple → About This Mac");
-}
-
 TEST_F(AccessibilityServiceTest, TargetDefaultsAndNames)
 {
-    addEditor({E::barMenu("File", {E::item("Open")})});
+    addEditor({E::menu("File", {E::item("Open")})});
     EXPECT_TRUE(service.getMenuItems(std::nullopt).isEmpty()); // nothing frontmost
     EXPECT_FALSE(service.cache());
 
@@ -161,7 +121,7 @@ TEST_F(AccessibilityServiceTest, TargetDefaultsAndNames)
     EXPECT_EQ(items[0].appBundleID, std::nullopt);
 }
 
-TEST_F(AccessibilityServiceTest, OnlySystemMenusGiveAnEmptyListThatIsCached)
+TEST_F(AccessibilityServiceTest, AnEmptyMenuBarGivesAnEmptyListThatIsCached)
 {
     addEditor({});
     EXPECT_TRUE(service.getMenuItems(kEditor).isEmpty());
@@ -172,14 +132,14 @@ TEST_F(AccessibilityServiceTest, OnlySystemMenusGiveAnEmptyListThatIsCached)
 
 TEST_F(AccessibilityServiceTest, CacheServesTheSamePidForLessThanTwoSeconds)
 {
-    addEditor({E::barMenu("File", {E::item("Open")})});
+    addEditor({E::menu("File", {E::item("Open")})});
     const QList<MenuItem> first = service.getMenuItems(kEditor);
     EXPECT_EQ(service.cache()->timestamp, clock.now);
 
     clock.advance(1.9);
-    const int readsBefore = ax.attributeReads;
+    const int readsBefore = ax.readings;
     const QList<MenuItem> cached = service.getMenuItems(kEditor);
-    EXPECT_EQ(ax.attributeReads, readsBefore);
+    EXPECT_EQ(ax.readings, readsBefore);
     ASSERT_EQ(cached.size(), 1);
     EXPECT_EQ(cached[0].id, first[0].id);
 
@@ -192,8 +152,8 @@ TEST_F(AccessibilityServiceTest, CacheServesTheSamePidForLessThanTwoSeconds)
 
 TEST_F(AccessibilityServiceTest, AnotherPidAlwaysReadsAndReplacesTheCache)
 {
-    addEditor({E::barMenu("File", {E::item("Open")})});
-    addEditor({E::barMenu("Go", {E::item("Back")})}, 7);
+    addEditor({E::menu("File", {E::item("Open")})});
+    addEditor({E::menu("Go", {E::item("Back")})}, 7);
     service.getMenuItems(kEditor);
     const QList<MenuItem> other = service.getMenuItems(RunningApplication{7, "Viewer", std::nullopt});
     ASSERT_EQ(other.size(), 1);
@@ -203,15 +163,12 @@ TEST_F(AccessibilityServiceTest, AnotherPidAlwaysReadsAndReplacesTheCache)
 
 TEST_F(AccessibilityServiceTest, AFailedReadingKeepsTheEarlierCache)
 {
-    addEditor({E::barMenu("File", {E::item("Open")})});
+    addEditor({E::menu("File", {E::item("Open")})});
     const QList<MenuItem> first = service.getMenuItems(kEditor);
 
-    // A process without a menu bar, one that is gone, and an untrusted reader.
-    ax.addApplication(8, nullptr);
-    ax.addApplication(9, nullptr);
-    ax.application(9)->set(AXName::menuBar, QStringLiteral("bar"));
+    // A process without menus, one that is gone, and an untrusted reader.
+    ax.addApplication(8, std::nullopt);
     EXPECT_TRUE(service.getMenuItems(RunningApplication{8, "A", std::nullopt}).isEmpty());
-    EXPECT_TRUE(service.getMenuItems(RunningApplication{9, "B", std::nullopt}).isEmpty());
     EXPECT_TRUE(service.getMenuItems(RunningApplication{404, "C", std::nullopt}).isEmpty());
     ax.trusted = false;
     EXPECT_TRUE(service.getMenuItems(RunningApplication{10, "D", std::nullopt}).isEmpty());
@@ -222,8 +179,8 @@ TEST_F(AccessibilityServiceTest, AFailedReadingKeepsTheEarlierCache)
 
 TEST_F(AccessibilityServiceTest, OverlappingReadingsFromSeveralThreads)
 {
-    addEditor({E::barMenu("File", {E::item("Open"), E::item("Close")})});
-    addEditor({E::barMenu("Go", {E::item("Back")})}, 7);
+    addEditor({E::menu("File", {E::item("Open"), E::item("Close")})});
+    addEditor({E::menu("Go", {E::item("Back")})}, 7);
     std::vector<std::thread> threads;
     std::atomic<int> wrong = 0;
     for (int t = 0; t < 4; ++t) {
@@ -243,13 +200,11 @@ TEST_F(AccessibilityServiceTest, OverlappingReadingsFromSeveralThreads)
 
 TEST_F(AccessibilityServiceTest, AHalfReadMenuBarIsShownButNotKept)
 {
-    addEditor({E::barMenu("File", {E::item("Open")})});
-    auto bar = std::const_pointer_cast<FakeElement>(std::static_pointer_cast<const FakeElement>(
-        *ax.application(kPid)->attributes[AXName::menuBar].as<AccessibilityElementRef>()));
-    bar->set(AXName::readComplete, false); // the application stopped answering half-way
+    // The application stopped answering half-way.
+    ax.addApplication(kPid, E::menuBar({E::menu("File", {E::item("Open")})}, false));
     EXPECT_EQ(service.getMenuItems(kEditor).size(), 1);
     EXPECT_FALSE(service.cache());
-    bar->set(AXName::readComplete, true);
+    addEditor({E::menu("File", {E::item("Open")})});
     service.getMenuItems(kEditor);
     EXPECT_TRUE(service.cache());
 }
@@ -258,9 +213,8 @@ TEST_F(AccessibilityServiceTest, AHalfReadMenuBarIsShownButNotKept)
 // spreadsheet): each window gets its own, also from the cache.
 TEST_F(AccessibilityServiceTest, EachWindowOfAProcessHasItsOwnMenus)
 {
-    ax.leadingMenus = 0;
-    ax.addApplication(kPid, E::menuBar({E::barMenu("Text", {E::item("Bold")})}), 0x100);
-    ax.addApplication(kPid, E::menuBar({E::barMenu("Sheet", {E::item("Sum")})}), 0x200);
+    ax.addApplication(kPid, E::menuBar({E::menu("Text", {E::item("Bold")})}), 0x100);
+    ax.addApplication(kPid, E::menuBar({E::menu("Sheet", {E::item("Sum")})}), 0x200);
     const RunningApplication letter{kPid, "Office", "org.office", 0x100};
     const RunningApplication sheet{kPid, "Office", "org.office", 0x200};
     for (int round = 0; round < 2; ++round) { // the second round comes from the cache
@@ -273,10 +227,10 @@ TEST_F(AccessibilityServiceTest, EachWindowOfAProcessHasItsOwnMenus)
 // reading of another one; the results come to the UI thread.
 TEST_F(AccessibilityServiceTest, FrozenApplicationsNeverDelayAReadingOfALiveOne)
 {
-    addEditor({E::barMenu("File", {E::item("Open")})});
-    addEditor({E::barMenu("Go", {E::item("Back")})}, 7);
+    addEditor({E::menu("File", {E::item("Open")})});
+    addEditor({E::menu("Go", {E::item("Back")})}, 7);
     auto gate = std::make_shared<Gate>();
-    ax.application(7)->frozen = gate;
+    ax.freeze(7, gate);
     QObject receiver;
     int frozenDeliveries = 0;
     const RunningApplication frozen{7, "Frozen", std::nullopt};
@@ -296,12 +250,9 @@ TEST_F(AccessibilityServiceTest, FrozenApplicationsNeverDelayAReadingOfALiveOne)
 TEST(AccessibilityServiceLifetime, GoingWhileReadingsRunIsSafe)
 {
     FakeAccessibility ax;
-    ax.leadingMenus = 0;
-    ax.addApplication(7, E::menuBar({E::barMenu("Go", {E::item("Back")})}));
+    ax.addApplication(7, E::menuBar({E::menu("Go", {E::item("Back")})}));
     auto gate = std::make_shared<Gate>();
-    ax.application(7)->frozen = gate;
-    TempSettings settings;
-    UsageTracker usage{settings.store()};
+    ax.freeze(7, gate);
     int delivered = 0;
     {
         auto receiver = std::make_unique<QObject>();
@@ -327,9 +278,8 @@ TEST(AccessibilityServiceLifetime, GoingWhileReadingsRunIsSafe)
 TEST(AccessibilityServiceLifetime, QuittingStopsAReadingThatWouldNeverEnd)
 {
     FakeAccessibility ax;
-    ax.leadingMenus = 0;
-    ax.addApplication(7, E::menuBar({E::barMenu("Go", {E::item("Back")})}));
-    ax.application(7)->frozen = std::make_shared<Gate>(); // never opened by the test
+    ax.addApplication(7, E::menuBar({E::menu("Go", {E::item("Back")})}));
+    ax.freeze(7, std::make_shared<Gate>()); // never opened by the test
     QObject receiver;
     int delivered = 0;
     {
@@ -342,19 +292,25 @@ TEST(AccessibilityServiceLifetime, QuittingStopsAReadingThatWouldNeverEnd)
     EXPECT_EQ(delivered, 0);
 }
 
-TEST_F(AccessibilityServiceTest, PressesOffTheUiThreadAndRecordsOnIt)
+TEST_F(AccessibilityServiceTest, PressesOffTheUiThreadAndTellsItOfASuccess)
 {
-    ax.leadingMenus = 0;
-    ax.addApplication(kPid, E::menuBar({E::barMenu("File", {E::item("Save")})}));
-    TempSettings settings;
-    UsageTracker usage{settings.store()};
+    const MenuNode save = E::item("Save");
+    addEditor({E::menu("File", {save})});
     const MenuItem item = service.getMenuItems(kEditor).value(0);
     auto gate = std::make_shared<Gate>();
-    std::const_pointer_cast<FakeElement>(std::static_pointer_cast<const FakeElement>(item.axElement))->frozen = gate;
-    service.press(item, usage); // the application is busy: the UI thread goes on
-    EXPECT_EQ(usage.count("org.editor", "File → Save"), 0);
+    E::handleOf(save).frozen = gate;
+    int pressed = 0;
+    service.press(item, [&] { ++pressed; }); // the application is busy: the UI thread goes on
+    EXPECT_EQ(pressed, 0);
     gate->open();
-    EXPECT_TRUE(eventually([&] { return usage.count("org.editor", "File → Save") == 1; }));
+    EXPECT_TRUE(eventually([&] { return pressed == 1; }));
+
+    E::handleOf(save).enabled = false; // pressed, but no use to record
+    service.press(item, [&] { ++pressed; });
+    EXPECT_TRUE(eventually([&] { return E::handleOf(save).pressCount == 2; }));
+    QThread::msleep(50);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(pressed, 1);
 }
 
 TEST_F(AccessibilityServiceTest, OpensTheSystemSettings)

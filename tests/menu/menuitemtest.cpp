@@ -6,12 +6,12 @@
 
 namespace {
 
-class Element final : public AccessibilityElement {};
+class Handle final : public MenuHandle {};
 
 MenuItem item(QString title, QStringList path, QString appName = "Editor")
 {
     return MenuItem{QUuid::createUuid(), title, path, std::nullopt, true, appName, "org.editor",
-                    std::make_shared<Element>()};
+                    std::make_shared<Handle>()};
 }
 
 TEST(MenuItem, PathKeyAndBreadcrumb)

@@ -26,7 +26,7 @@
 
 namespace {
 
-using E = FakeElement;
+namespace E = FakeMenus;
 
 TEST(SearchPanelGeometry, CentredAndRaisedOnTheFreeArea)
 {
@@ -85,10 +85,9 @@ protected:
 
     Panel()
     {
-        ax.leadingMenus = 0;
         ax.addApplication(42, E::menuBar({
-            E::barMenu("File", {E::item("New"), E::item("Open"), E::item("Save"), E::item("Save As…"), E::item("Close")}),
-            E::barMenu("Edit", {E::item("Copy"), E::item("Paste", false), E::submenu("Find", {E::item("Find…")})}),
+            E::menu("File", {E::item("New"), E::item("Open"), E::item("Save"), E::item("Save As…"), E::item("Close")}),
+            E::menu("Edit", {E::item("Copy"), E::item("Paste", false), E::menu("Find", {E::item("Find…")})}),
         }));
     }
 
@@ -256,8 +255,8 @@ TEST_F(Panel, ReleasingTheControllerRemovesItsFilter)
 TEST_F(Panel, DisabledItemsLookLikeEnabledOnes)
 {
     // The same command twice, disabled and enabled, then one more to hold the selection.
-    ax.addApplication(9, E::menuBar({E::barMenu("Edit", {E::item("Paste", false), E::item("Paste", true)}),
-                                     E::barMenu("View", {E::item("Zoom")})}));
+    ax.addApplication(9, E::menuBar({E::menu("Edit", {E::item("Paste", false), E::item("Paste", true)}),
+                                     E::menu("View", {E::item("Zoom")})}));
     open(RunningApplication{9, "Twins", std::nullopt});
     ASSERT_TRUE(eventually([&] { return view().results()->rowCount() == 3; }));
     QTest::keyClick(field(), Qt::Key_Down);

@@ -19,7 +19,7 @@
 
 namespace {
 
-using E = FakeElement;
+namespace E = FakeMenus;
 
 const RunningApplication kEditor{42, "Editor", "org.editor"};
 
@@ -38,10 +38,9 @@ protected:
 
     SearchModel()
     {
-        ax.leadingMenus = 0;
         ax.addApplication(42, E::menuBar({
-            E::barMenu("File", {E::item("New"), E::item("Open"), E::item("Save"), E::item("Save As…"), E::item("Close")}),
-            E::barMenu("Edit", {E::item("Copy"), E::item("Paste"), E::submenu("Find", {E::item("Find…"), E::item("Find Next")})}),
+            E::menu("File", {E::item("New"), E::item("Open"), E::item("Save"), E::item("Save As…"), E::item("Close")}),
+            E::menu("Edit", {E::item("Copy"), E::item("Paste"), E::menu("Find", {E::item("Find…"), E::item("Find Next")})}),
         }));
     }
 
@@ -140,7 +139,7 @@ TEST_F(SearchModel, QueryIsUsedAsTyped)
 
 TEST_F(SearchModel, MissingBundleRanksWithTheEmptyKey)
 {
-    ax.addApplication(8, E::menuBar({E::barMenu("File", {E::item("A"), E::item("B")})}));
+    ax.addApplication(8, E::menuBar({E::menu("File", {E::item("A"), E::item("B")})}));
     usage.recordUsage("", "File → B");
     usage.recordUsage("unknown", "File → A");
     auto model = open(RunningApplication{8, "Anon", std::nullopt});
@@ -213,7 +212,7 @@ TEST_F(SearchModel, TheRealPressCountsAUse)
 
 TEST_F(SearchModel, QueriesAndMenuTextsNeverLeaveTheMachine)
 {
-    ax.addApplication(9, E::menuBar({E::barMenu("Ledger", {E::item("Export Zanzibar Tax Return"), E::item("Qwyx Audit")})}));
+    ax.addApplication(9, E::menuBar({E::menu("Ledger", {E::item("Export Zanzibar Tax Return"), E::item("Qwyx Audit")})}));
     settings.store().setBool(SettingsKey::analyticsEnabled, true);
     analytics.start();
     for (const QString& query : {QStringLiteral("zanzibar"), QStringLiteral("qwyx"), QStringLiteral("ledger")}) {

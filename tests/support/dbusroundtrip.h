@@ -9,6 +9,7 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusPendingCall>
 #include <QDBusServer>
 #include <QDBusVirtualObject>
 #include <QTemporaryDir>

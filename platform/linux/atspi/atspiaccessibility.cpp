@@ -3,7 +3,7 @@
 #include "platform/clock.h"
 #include "platform/crossthread.h"
 #include "platform/linux/atspi/atspibusobjects.h"
-#include "platform/linux/atspi/atspielement.h"
+#include "platform/linux/atspi/atspimenuhandle.h"
 #include "platform/linux/atspi/atspimenureader.h"
 #include "platform/linux/dbus/peerconnection.h"
 #include "platform/linux/exported/exportedmenureader.h"
@@ -29,16 +29,6 @@ const QString kBusLauncherPath = QStringLiteral("/org/a11y/bus");
 const QString kProperties = QStringLiteral("org.freedesktop.DBus.Properties");
 const QString kStatus = QStringLiteral("org.a11y.Status");
 const QString kIsEnabled = QStringLiteral("IsEnabled");
-
-AttributeRead value(AccessibilityValue v)
-{
-    return {AccessibilityError::success, std::move(v)};
-}
-
-AttributeRead failure(AccessibilityError error)
-{
-    return {error, {}};
-}
 
 } // namespace
 
@@ -68,7 +58,7 @@ bool AtspiAccessibility::isSwitchedOn()
     QDBusMessage get = QDBusMessage::createMethodCall(kBusLauncher, kBusLauncherPath, kProperties, QStringLiteral("Get"));
     get.setArguments({kStatus, kIsEnabled});
     const QDBusMessage reply = QDBusConnection::sessionBus().call(get, QDBus::Block, AtspiBus::kCallTimeoutMs);
-    const auto on = AtspiBus::valueOf(reply);
+    const auto on = DBusCalls::valueOf(reply);
     return on && on->typeId() == QMetaType::Bool && on->toBool();
 }
 
@@ -87,7 +77,7 @@ bool AtspiAccessibility::checkTrust()
     if (reply.type() == QDBusMessage::ReplyMessage)
         return true;
     // The bus or its registry went away: connect afresh next time.
-    if (!AtspiBus::timedOut(reply))
+    if (!DBusCalls::timedOut(reply))
         bus_.invalidate();
     return false;
 }
@@ -166,91 +156,47 @@ QList<AtspiAccessibility::ApplicationInfo> AtspiAccessibility::applications()
     return applications_.all();
 }
 
-AccessibilityElementRef AtspiAccessibility::applicationElement(qint32 pid, std::optional<quint64> window)
+std::optional<MenuTree> AtspiAccessibility::readMenus(qint32 pid, std::optional<quint64> windowId)
 {
-    auto app = std::make_shared<AtspiElement>();
-    app->kind = AtspiElement::Kind::application;
-    app->pid = pid;
-    app->role = QStringLiteral("AXApplication");
-    app->window = window;
-    if (const auto info = applications_.lookup(pid)) {
-        app->ref = info->root;
-        app->title = info->name;
-        app->toolkit = info->toolkit;
-    }
-    return app;
-}
-
-AttributeRead AtspiAccessibility::copyAttributeValue(const AccessibilityElementRef& element, const QString& attribute)
-{
-    const auto* e = dynamic_cast<const AtspiElement*>(element.get());
-    if (!e)
-        return failure(AccessibilityError::illegalArgument);
-
-    if (e->kind == AtspiElement::Kind::application) {
-        if (attribute == AXName::menuBar)
-            return readMenuBar(*e);
-        if (e->ref.isNull())
-            return failure(AccessibilityError::invalidElement);
-        if (attribute == AXName::role)
-            return value(e->role);
-        if (attribute == AXName::title)
-            return value(e->title);
-        return failure(AccessibilityError::attributeUnsupported);
-    }
-
-    if (attribute == AXName::role)
-        return value(e->role);
-    if (attribute == AXName::title)
-        return value(e->title);
-    if (attribute == AXName::children)
-        return value(e->children);
-    if (attribute == AXName::readComplete)
-        return value(e->complete);
-    if (attribute == AXName::enabled) {
-        if (e->ref.isNull() || Clock::monotonic().seconds() - e->readAt < kStateFreshSeconds)
-            return value(e->enabled);
-        const auto states = AtspiBus::statesOf(bus_.callAndWait(e->ref, kAccessible, QStringLiteral("GetState")));
-        if (!states)
-            return failure(AccessibilityError::invalidElement);
-        const AtspiState::Reading reading = AtspiState::read(*states);
-        if (reading.gone)
-            return failure(AccessibilityError::invalidElement);
-        return value(reading.enabled);
-    }
-    if (attribute == AXName::menuItemCmdModifiers && e->modifiers)
-        return value(*e->modifiers);
-    if (attribute == AXName::menuItemCmdChar && e->keyCharacter)
-        return value(*e->keyCharacter);
-    if (attribute == AXName::menuItemCmdVirtualKey && e->virtualKey)
-        return value(*e->virtualKey);
-    return failure(AccessibilityError::noValue);
-}
-
-AttributeRead AtspiAccessibility::readMenuBar(const AtspiElement& application)
-{
-    const std::optional<DesktopWindow> window = application.window ? windows_.window(*application.window) : std::nullopt;
+    const std::optional<AtspiApplications::Info> application = applications_.lookup(pid);
+    const std::optional<DesktopWindow> window = windowId ? windows_.window(*windowId) : std::nullopt;
     AtspiBusObjects objects(bus_, &stops_);
     AtspiMenuReader reader(objects);
-    AccessibilityElementRef bar;
+    std::optional<MenuTree> tree;
     // The window the user was in is found by its title.
-    if (!application.ref.isNull() && bus_.ensureConnected())
-        bar = reader.readMenuBar(application.ref, application.pid, application.toolkit, window ? window->title : QString());
+    if (application && !application->root.isNull() && bus_.ensureConnected())
+        tree = reader.readMenuBar(application->root, application->toolkit, window ? window->title : QString());
     if (reader.foundMenuBar())
-        return value(bar);
+        return tree;
 
     // No menu bar in the window: the one the application exports, if any,
     // with the menu button's commands after it.
-    if (std::shared_ptr<AtspiElement> exported = ExportedMenuReader().read(application.pid, window)) {
-        if (const auto* buttonMenu = dynamic_cast<const AtspiElement*>(bar.get())) {
-            exported->children += buttonMenu->children;
-            exported->complete = exported->complete && buttonMenu->complete;
+    if (std::optional<MenuTree> exported = ExportedMenuReader().read(pid, window)) {
+        if (tree) {
+            exported->menus += tree->menus;
+            exported->complete = exported->complete && tree->complete;
         }
-        return value(AccessibilityElementRef(exported));
+        return exported;
     }
-    if (bar)
-        return value(bar);
-    return failure(application.ref.isNull() ? AccessibilityError::invalidElement : AccessibilityError::noValue);
+    return tree;
+}
+
+std::optional<bool> AtspiAccessibility::isEnabled(const MenuHandleRef& item)
+{
+    if (const auto* exported = dynamic_cast<const ExportedMenuHandle*>(item.get()))
+        return exported->enabled;
+    const auto* handle = dynamic_cast<const AtspiMenuHandle*>(item.get());
+    if (!handle)
+        return std::nullopt;
+    if (Clock::monotonic().seconds() - handle->readAt < kStateFreshSeconds)
+        return handle->enabled;
+    const auto states = AtspiBus::statesOf(bus_.callAndWait(handle->ref, kAccessible, QStringLiteral("GetState")));
+    if (!states)
+        return std::nullopt;
+    const AtspiState::Reading reading = AtspiState::read(*states);
+    if (reading.gone)
+        return std::nullopt;
+    return reading.enabled;
 }
 
 QDBusConnection AtspiAccessibility::pressConnection(const AtspiRef& application, bool& peer)
@@ -271,9 +217,9 @@ QDBusConnection AtspiAccessibility::pressConnection(const AtspiRef& application,
     // socket that the application itself listens on, as the bus daemon (not
     // the application) names it; else the press goes over the shared bus.
     std::optional<QDBusConnection> connection;
-    QDBusPendingCall askedPid = AtspiBus::askProcessId(bus_.connection(), application.bus);
+    QDBusPendingCall askedPid = DBusCalls::askProcessId(bus_.connection(), application.bus);
     const QDBusMessage reply = bus_.callAndWait(application, kApplication, QStringLiteral("GetApplicationBusAddress"));
-    const QString address = AtspiBus::valueOf(reply).value_or(QVariant()).toString();
+    const QString address = DBusCalls::valueOf(reply).value_or(QVariant()).toString();
     askedPid.waitForFinished();
     const QDBusPendingReply<uint> pid = askedPid;
     if (!address.isEmpty() && !pid.isError() && pid.value() > 0 && pid.value() <= 0x7fffffffu)
@@ -307,30 +253,24 @@ qsizetype AtspiAccessibility::peerCount() const
     return std::count_if(peers_.cbegin(), peers_.cend(), [](const auto& peer) { return peer.has_value(); });
 }
 
-AccessibilityError AtspiAccessibility::performAction(const AccessibilityElementRef& element, const QString& action)
+bool AtspiAccessibility::press(const MenuHandleRef& item)
 {
-    const auto* e = dynamic_cast<const AtspiElement*>(element.get());
-    if (!e || e->kind != AtspiElement::Kind::node)
-        return AccessibilityError::illegalArgument;
-    if (action != AXName::press)
-        return AccessibilityError::actionUnsupported;
-    if (e->exported)
-        return ExportedMenuReader().press(*e->exported, kPressReplyMs);
-    if (e->ref.isNull())
-        return AccessibilityError::actionUnsupported;
+    if (const auto* exported = dynamic_cast<const ExportedMenuHandle*>(item.get()))
+        return ExportedMenuReader().press(exported->press, kPressReplyMs);
+    const auto* handle = dynamic_cast<const AtspiMenuHandle*>(item.get());
+    if (!handle || handle->ref.isNull())
+        return false;
 
     bool peer = false;
-    QDBusConnection connection = pressConnection(AtspiRef{e->ref.bus, kRootPath}, peer);
-    QDBusMessage press = QDBusMessage::createMethodCall(peer ? QString() : e->ref.bus, e->ref.path,
+    QDBusConnection connection = pressConnection(AtspiRef{handle->ref.bus, kRootPath}, peer);
+    QDBusMessage press = QDBusMessage::createMethodCall(peer ? QString() : handle->ref.bus, handle->ref.path,
                                                         QStringLiteral("org.a11y.atspi.Action"), QStringLiteral("DoAction"));
     press.setArguments({0});
     const QDBusMessage reply = connection.call(press, QDBus::Block, kPressReplyMs);
-    if (AtspiBus::timedOut(reply))
-        return AccessibilityError::success; // busy running the command, e.g. a modal dialog
-    if (reply.type() != QDBusMessage::ReplyMessage)
-        return AccessibilityError::cannotComplete;
-    const auto done = AtspiBus::valueOf(reply);
-    return done && done->toBool() ? AccessibilityError::success : AccessibilityError::cannotComplete;
+    if (DBusCalls::timedOut(reply))
+        return true; // busy running the command, e.g. a modal dialog
+    const auto done = DBusCalls::valueOf(reply);
+    return done && done->toBool();
 }
 
 void AtspiAccessibility::requestTrust()

@@ -4,8 +4,7 @@
 #include "platform/linux/atspi/atspiapplications.h"
 #include "platform/linux/atspi/atspifocuswatch.h"
 #include "platform/linux/atspi/atspibus.h"
-#include "platform/linux/atspi/atspielement.h"
-#include "platform/linux/windowdirectory.h"
+#include "platform/linux/windows/windowdirectory.h"
 #include "platform/linux/xdg/desktopentries.h"
 
 #include <QHash>
@@ -36,9 +35,11 @@ public:
     explicit AtspiAccessibility(WindowDirectory& windows = WindowDirectory::current(), bool watchFocus = false);
     ~AtspiAccessibility() override;
 
-    AccessibilityElementRef applicationElement(qint32 pid, std::optional<quint64> window = std::nullopt) override;
-    AttributeRead copyAttributeValue(const AccessibilityElementRef& element, const QString& attribute) override;
-    AccessibilityError performAction(const AccessibilityElementRef& element, const QString& action) override;
+    // The window's menu bar; where it has none, the one its application
+    // exports on the session bus, followed by a menu button's commands.
+    std::optional<MenuTree> readMenus(qint32 pid, std::optional<quint64> window = std::nullopt) override;
+    std::optional<bool> isEnabled(const MenuHandleRef& item) override;
+    bool press(const MenuHandleRef& item) override;
     bool isProcessTrusted() override;
     void afterTrustIsKnown(QObject* context, std::function<void()> then) override;
     void askTrust(QObject* context, std::function<void(bool)> answered) override;
@@ -46,7 +47,6 @@ public:
     std::optional<RunningApplication> frontmostApplication() override;
     void openAccessibilitySettings() override;
     void stopReadings() override { ++stops_; }
-    int skippedLeadingMenus() const override { return 0; } // Linux menu bars hold only the application's menus
 
     using ApplicationInfo = AtspiApplications::Info;
     // Every application on the accessibility bus, read afresh. Waits: for the command line.
@@ -67,9 +67,6 @@ public:
     qsizetype peerCount() const;
 
 private:
-    // The window's menu bar; where it has none, the one its application
-    // exports on the session bus, and a menu button's commands.
-    AttributeRead readMenuBar(const AtspiElement& application);
     bool isSwitchedOn();
     void checkTrustSoon();
     void openDesktopAccessibilitySettings();

@@ -49,7 +49,7 @@ void AtspiApplications::refreshNow()
     // Every application's process, which the bus itself answers, all at once.
     std::vector<std::pair<AtspiRef, QDBusPendingCall>> pids;
     for (const AtspiRef& root : roots)
-        pids.emplace_back(root, AtspiBus::askProcessId(connection, root.bus));
+        pids.emplace_back(root, DBusCalls::askProcessId(connection, root.bus));
     // This process is left out: asking it anything would wait on its own thread.
     const qint32 self = qint32(QCoreApplication::applicationPid());
     const QHash<qint32, Info> before = [this] {
@@ -60,7 +60,7 @@ void AtspiApplications::refreshNow()
     std::vector<std::tuple<qint32, QDBusPendingCall, QDBusPendingCall>> naming;
     for (auto& [root, call] : pids) {
         call.waitForFinished();
-        const auto pid = AtspiBus::valueOf(call.reply());
+        const auto pid = DBusCalls::valueOf(call.reply());
         if (!pid || qint32(pid->toUInt()) == self)
             continue;
         Info info{qint32(pid->toUInt()), {}, {}, root, true};
@@ -79,9 +79,9 @@ void AtspiApplications::refreshNow()
         name.waitForFinished();
         toolkit.waitForFinished();
         Info& info = now[pid];
-        info.name = AtspiBus::valueOf(name.reply()).value_or(QVariant()).toString();
-        info.toolkit = AtspiBus::valueOf(toolkit.reply()).value_or(QVariant()).toString();
-        info.answered = !AtspiBus::timedOut(name.reply());
+        info.name = DBusCalls::valueOf(name.reply()).value_or(QVariant()).toString();
+        info.toolkit = DBusCalls::valueOf(toolkit.reply()).value_or(QVariant()).toString();
+        info.answered = !DBusCalls::timedOut(name.reply());
     }
     const bool different = [&] {
         std::lock_guard lock(mutex_);

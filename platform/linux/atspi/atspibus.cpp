@@ -134,16 +134,6 @@ QList<AtspiRef> AtspiBus::applications() const
     return refsOf(callAndWait(desktop(), QStringLiteral("org.a11y.atspi.Accessible"), QStringLiteral("GetChildren")));
 }
 
-QDBusPendingCall AtspiBus::askProcessId(const QDBusConnection& connection, const QString& name)
-{
-    QDBusMessage ask = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-                                                      QStringLiteral("/org/freedesktop/DBus"),
-                                                      QStringLiteral("org.freedesktop.DBus"),
-                                                      QStringLiteral("GetConnectionUnixProcessID"));
-    ask.setArguments({name});
-    return connection.asyncCall(ask, kCallTimeoutMs);
-}
-
 QList<AtspiRef> AtspiBus::refsOf(const QDBusMessage& reply, qsizetype limit)
 {
     QList<AtspiRef> refs;
@@ -191,20 +181,3 @@ std::optional<quint64> AtspiBus::statesOf(const QDBusMessage& reply)
     return states;
 }
 
-std::optional<QVariant> AtspiBus::valueOf(const QDBusMessage& reply)
-{
-    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty())
-        return std::nullopt;
-    QVariant value = reply.arguments().first();
-    if (value.canConvert<QDBusVariant>())
-        value = value.value<QDBusVariant>().variant();
-    return value;
-}
-
-bool AtspiBus::timedOut(const QDBusMessage& reply)
-{
-    if (reply.type() != QDBusMessage::ErrorMessage)
-        return false;
-    const QDBusError::ErrorType type = QDBusError(reply).type();
-    return type == QDBusError::NoReply || type == QDBusError::Timeout || type == QDBusError::TimedOut;
-}

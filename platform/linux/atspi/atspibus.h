@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/linux/dbus/dbuscalls.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCall>
@@ -52,7 +54,7 @@ Reading read(quint64 states);
 // UI thread only ever takes the connection as it is.
 class AtspiBus {
 public:
-    static constexpr int kCallTimeoutMs = 1000;
+    static constexpr int kCallTimeoutMs = DBusCalls::kTimeoutMs;
     // Applications on a bus, children of an object: more is not a desktop's.
     static constexpr qsizetype kMaxRefs = 4096;
 
@@ -85,15 +87,10 @@ public:
     static AtspiRef desktop();
     // The applications registered on the bus. Waits.
     QList<AtspiRef> applications() const;
-    // Asks the bus daemon of `connection`, which never hangs, for the process
-    // behind the connection `name`.
-    static QDBusPendingCall askProcessId(const QDBusConnection& connection, const QString& name);
 
     // Replies. An application decides their size: a list of objects keeps at most `limit`.
     static QList<AtspiRef> refsOf(const QDBusMessage& reply, qsizetype limit = kMaxRefs);
     static std::optional<quint64> statesOf(const QDBusMessage& reply);
-    static std::optional<QVariant> valueOf(const QDBusMessage& reply);
-    static bool timedOut(const QDBusMessage& reply);
 
 private:
     std::function<QString()> fallbackAddress_;

@@ -34,7 +34,7 @@ AtspiObjects::Value decode(AtspiObjects::Question question, const QDBusMessage& 
             return *states;
         return {};
     }
-    const std::optional<QVariant> value = AtspiBus::valueOf(reply);
+    const std::optional<QVariant> value = DBusCalls::valueOf(reply);
     if (!value)
         return {};
     switch (question) {
@@ -96,7 +96,7 @@ QList<AtspiObjects::Answer> AtspiBusObjects::ask(const QList<Ask>& questions)
     for (qsizetype i = 0; i < questions.size(); ++i) {
         calls[size_t(i)].waitForFinished();
         const QDBusMessage reply = calls[size_t(i)].reply();
-        answers.append({AtspiBus::timedOut(reply), decode(questions[i].question, reply)});
+        answers.append({DBusCalls::timedOut(reply), decode(questions[i].question, reply)});
     }
     return answers;
 }
@@ -111,7 +111,7 @@ std::optional<QList<AtspiCacheItem>> AtspiBusObjects::cache(const AtspiRef& appl
     }
     const AtspiRef cache{application.bus, QStringLiteral("/org/a11y/atspi/cache")};
     const QDBusMessage reply = bus_.callAndWait(cache, QStringLiteral("org.a11y.atspi.Cache"), QStringLiteral("GetItems"));
-    timedOut = AtspiBus::timedOut(reply);
+    timedOut = DBusCalls::timedOut(reply);
     if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()
         || !reply.arguments().first().canConvert<QDBusArgument>())
         return std::nullopt;

@@ -96,7 +96,7 @@ void AtspiFocusWatch::announced(const QString& sender, bool focusGained)
         return;
     }
     // Who sent it, from the bus daemon, which is never an application that hangs.
-    auto* watcher = new QDBusPendingCallWatcher(AtspiBus::askProcessId(bus_.connection(), sender), this);
+    auto* watcher = new QDBusPendingCallWatcher(DBusCalls::askProcessId(bus_.connection(), sender), this);
     const int generation = listeningTo_;
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, sender, generation] {
         watcher->deleteLater();

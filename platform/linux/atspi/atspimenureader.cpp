@@ -1,9 +1,8 @@
 #include "platform/linux/atspi/atspimenureader.h"
 
-#include "platform/accessibility.h"
 #include "platform/clock.h"
-#include "platform/linux/atspi/atspielement.h"
-#include "platform/linux/atspi/keybinding.h"
+#include "platform/linux/atspi/atspimenuhandle.h"
+#include "platform/linux/keybinding/keybinding.h"
 
 #include <algorithm>
 
@@ -63,7 +62,7 @@ bool isContainerRole(uint role)
 
 AtspiMenuReader::AtspiMenuReader(AtspiObjects& objects, const Clock& clock) : objects_(objects), clock_(clock) {}
 
-AccessibilityElementRef AtspiMenuReader::readMenuBar(const AtspiRef& application, qint32 pid, const QString& toolkit,
+std::optional<MenuTree> AtspiMenuReader::readMenuBar(const AtspiRef& application, const QString& toolkit,
                                                      const QString& windowTitle)
 {
     nodes_.clear();
@@ -76,14 +75,14 @@ AccessibilityElementRef AtspiMenuReader::readMenuBar(const AtspiRef& application
     startedAt_ = clock_.seconds();
     windowTitle_ = windowTitle;
     if (application.isNull())
-        return nullptr;
+        return std::nullopt;
 
     // Qt marks every item of a closed menu invisible, so visibility means nothing there.
     honourVisible_ = !toolkit.startsWith(QLatin1String("Qt"));
 
     // An application that does not answer its first call is not asked again.
     if (!fetchFromCache(application) && !complete_)
-        return nullptr;
+        return std::nullopt;
     const std::optional<AtspiRef> menuBar = findMenuBar(application);
     if (!menuBar) {
         // A closed popover's buttons are not on screen, yet they are its commands.
@@ -92,13 +91,13 @@ AccessibilityElementRef AtspiMenuReader::readMenuBar(const AtspiRef& application
         if (!button)
             button = pickMenuButton();
         if (!button)
-            return nullptr;
+            return std::nullopt;
         for (const AtspiRef& holder : commandHolders(*button)) {
             if (!prefetchFromCache(holder) || !fetchSubtree(holder))
                 complete_ = false;
         }
         readAt_ = clock_.seconds();
-        return makeButtonMenu(*button, pid);
+        return makeButtonMenu(*button);
     }
     foundMenuBar_ = true;
     // LibreOffice asked by any client while it starts never marks its menu
@@ -107,7 +106,7 @@ AccessibilityElementRef AtspiMenuReader::readMenuBar(const AtspiRef& application
     if (!prefetchFromCache(*menuBar) || !fetchSubtree(*menuBar))
         complete_ = false;
     readAt_ = clock_.seconds();
-    return makeMenuBar(*menuBar, pid);
+    return makeMenuBar(*menuBar);
 }
 
 bool AtspiMenuReader::fetchFromCache(const AtspiRef& application)
@@ -495,28 +494,36 @@ std::optional<AtspiRef> AtspiMenuReader::pickMenuButton()
     return best;
 }
 
-AccessibilityElementRef AtspiMenuReader::makeButtonMenu(const AtspiRef& button, qint32 pid) const
+MenuNode AtspiMenuReader::itemNode(const AtspiRef& ref, const Node& node, const QString& title) const
+{
+    MenuNode item;
+    item.title = title;
+    item.enabled = AtspiState::has(node.states.value_or(0), AtspiState::sensitive);
+    item.handle = std::make_shared<AtspiMenuHandle>(ref, item.enabled, readAt_);
+    if (node.role == AtspiRole::checkMenuItem || node.role == AtspiRole::checkBox)
+        item.kind = MenuNode::Kind::check;
+    else if (node.role == AtspiRole::radioMenuItem || node.role == AtspiRole::radioButton)
+        item.kind = MenuNode::Kind::radio;
+    return item;
+}
+
+MenuTree AtspiMenuReader::makeButtonMenu(const AtspiRef& button) const
 {
     inTree_.clear();
     claim(button);
     const Node node = nodes_.value(button);
-    auto bar = AtspiElement::node(QStringLiteral("AXMenuBar"), QString(), button, pid, readAt_);
-    bar->complete = complete_;
-    auto menu = AtspiElement::node(AXName::roleMenu, QString(), AtspiRef{}, pid, readAt_);
+    MenuNode menu;
+    menu.kind = MenuNode::Kind::menu;
+    menu.title = node.name.trimmed();
+    if (menu.title.isEmpty())
+        menu.title = QStringLiteral("Menu");
+    menu.enabled = AtspiState::has(node.states.value_or(0), AtspiState::sensitive);
     // The button's own children, then its linked popovers' (the first holder is the button).
-    collectButtons(node.children + commandHolders(button).mid(1), pid, 0, menu->children);
-    QString name = node.name.trimmed();
-    if (name.isEmpty())
-        name = QStringLiteral("Menu");
-    auto entry = AtspiElement::node(AXName::roleMenuBarItem, name, button, pid, readAt_);
-    entry->enabled = AtspiState::has(node.states.value_or(0), AtspiState::sensitive);
-    entry->children = {menu};
-    bar->children = {entry};
-    return bar;
+    collectButtons(node.children + commandHolders(button).mid(1), 0, menu.children);
+    return MenuTree{{menu}, complete_};
 }
 
-void AtspiMenuReader::collectButtons(const QList<AtspiRef>& children, qint32 pid, int depth,
-                                     QList<AccessibilityElementRef>& out) const
+void AtspiMenuReader::collectButtons(const QList<AtspiRef>& children, int depth, QList<MenuNode>& out) const
 {
     // The popover's layout (boxes, stacks of submenus) is flattened: its
     // buttons in order, each a command.
@@ -530,20 +537,17 @@ void AtspiMenuReader::collectButtons(const QList<AtspiRef>& children, qint32 pid
             const NameAndShortcut named = splitDrawnShortcut(node.name);
             if (named.name.isEmpty())
                 continue;
-            auto item = AtspiElement::node(AXName::roleMenuItem, named.name, ref, pid, readAt_);
-            item->enabled = AtspiState::has(node.states.value_or(0), AtspiState::sensitive);
+            MenuNode item = itemNode(ref, node, named.name);
             // A button reports its mnemonic ("<Alt>s") where an item reports its shortcut.
-            std::optional<MenuKeyEquivalent> key = translateKeyBinding(node.keyBinding, item->title);
-            if (key && isMnemonicOf(*key, item->title))
-                key.reset();
-            if (!key)
-                key = drawnShortcut(node, named);
-            if (key)
-                item->setKey(*key);
+            item.shortcut = translateKeyBinding(node.keyBinding, item.title);
+            if (item.shortcut && isMnemonicOf(*item.shortcut, item.title))
+                item.shortcut.reset();
+            if (!item.shortcut)
+                item.shortcut = drawnShortcut(node, named);
             out.append(item);
             continue;
         }
-        collectButtons(node.children, pid, depth + 1, out);
+        collectButtons(node.children, depth + 1, out);
     }
 }
 
@@ -640,12 +644,12 @@ bool AtspiMenuReader::claim(const AtspiRef& ref) const
     return true;
 }
 
-AccessibilityElementRef AtspiMenuReader::makeMenuBar(const AtspiRef& menuBar, qint32 pid) const
+MenuTree AtspiMenuReader::makeMenuBar(const AtspiRef& menuBar) const
 {
     inTree_.clear();
     claim(menuBar);
-    auto bar = AtspiElement::node(QStringLiteral("AXMenuBar"), QString(), menuBar, pid, readAt_);
-    bar->complete = complete_;
+    MenuTree tree;
+    tree.complete = complete_;
     for (const AtspiRef& ref : nodes_.value(menuBar).children) {
         const Node node = nodes_.value(ref);
         if (!node.role || hidden(node) || !claim(ref))
@@ -661,19 +665,19 @@ AccessibilityElementRef AtspiMenuReader::makeMenuBar(const AtspiRef& menuBar, qi
         } else {
             continue;
         }
-        auto menu = AtspiElement::node(AXName::roleMenu, QString(), AtspiRef{}, pid, readAt_);
-        menu->children = makeMenuChildren(items, pid, 0);
-        auto entry = AtspiElement::node(AXName::roleMenuBarItem, node.name.trimmed(), ref, pid, readAt_);
-        entry->enabled = AtspiState::has(node.states.value_or(0), AtspiState::sensitive);
-        entry->children = {menu};
-        bar->children.append(entry);
+        MenuNode menu;
+        menu.kind = MenuNode::Kind::menu;
+        menu.title = node.name.trimmed();
+        menu.enabled = AtspiState::has(node.states.value_or(0), AtspiState::sensitive);
+        menu.children = makeMenuChildren(items, 0);
+        tree.menus.append(menu);
     }
-    return bar;
+    return tree;
 }
 
-QList<AccessibilityElementRef> AtspiMenuReader::makeMenuChildren(const QList<AtspiRef>& children, qint32 pid, int depth) const
+QList<MenuNode> AtspiMenuReader::makeMenuChildren(const QList<AtspiRef>& children, int depth) const
 {
-    QList<AccessibilityElementRef> out;
+    QList<MenuNode> out;
     if (depth > kMaxDepth)
         return out;
     for (const AtspiRef& ref : children) {
@@ -682,16 +686,13 @@ QList<AccessibilityElementRef> AtspiMenuReader::makeMenuChildren(const QList<Ats
             continue;
         const uint role = *node.role;
         if (role == AtspiRole::popupMenu) {
-            auto menu = AtspiElement::node(AXName::roleMenu, QString(), ref, pid, readAt_);
-            menu->children = makeMenuChildren(node.children, pid, depth + 1);
-            out.append(menu);
+            out += makeMenuChildren(node.children, depth + 1); // a holder of items, not a menu of its own
             continue;
         }
         if (role != AtspiRole::menu && !isItemRole(role))
             continue; // separators, tearoffs and anything unexpected
         const NameAndShortcut named = splitDrawnShortcut(node.name);
-        auto item = AtspiElement::node(AXName::roleMenuItem, named.name, ref, pid, readAt_);
-        item->enabled = AtspiState::has(node.states.value_or(0), AtspiState::sensitive);
+        MenuNode item = itemNode(ref, node, named.name);
 
         // A submenu: GTK's menu role (even while it is empty because it is
         // filled only when opened), or an item holding a popup menu.
@@ -708,13 +709,13 @@ QList<AccessibilityElementRef> AtspiMenuReader::makeMenuChildren(const QList<Ats
             }
         }
         if (isSubmenu) {
-            auto menu = AtspiElement::node(AXName::roleMenu, QString(), AtspiRef{}, pid, readAt_);
-            menu->children = makeMenuChildren(submenuItems, pid, depth + 1);
-            item->children = {menu};
-        } else if (auto key = translateKeyBinding(node.keyBinding, item->title)) {
-            item->setKey(*key);
-        } else if (auto drawn = drawnShortcut(node, named)) {
-            item->setKey(*drawn);
+            item.kind = MenuNode::Kind::menu;
+            item.handle.reset();
+            item.children = makeMenuChildren(submenuItems, depth + 1);
+        } else {
+            item.shortcut = translateKeyBinding(node.keyBinding, item.title);
+            if (!item.shortcut)
+                item.shortcut = drawnShortcut(node, named);
         }
         out.append(item);
     }

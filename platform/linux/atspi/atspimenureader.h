@@ -1,16 +1,16 @@
 #pragma once
 
-#include "platform/accessibilityelement.h"
 #include "platform/clock.h"
 #include "platform/linux/atspi/atspiobjects.h"
-#include "platform/linux/atspi/keybinding.h"
+#include "platform/linux/keybinding/keybinding.h"
+#include "platform/menutree.h"
 
 #include <QHash>
 #include <QSet>
 
 // Reads an application's menu bar in a few rounds of questions asked all at
 // once (plus the toolkit's bulk cache where it has one) and returns it as a
-// tree of elements, so that walking it costs no more calls.
+// menu tree whose items carry their objects, to be pressed later.
 //
 // The application decides everything the reader learns, so every walk visits
 // each object once, takes a bounded number of children from each, and the
@@ -29,7 +29,7 @@ public:
     // active frame, else its first frame with one), or nothing. Stops at the
     // first call the application leaves unanswered, or at the budget; the
     // menu bar says whether the reading is complete.
-    AccessibilityElementRef readMenuBar(const AtspiRef& application, qint32 pid, const QString& toolkit,
+    std::optional<MenuTree> readMenuBar(const AtspiRef& application, const QString& toolkit,
                                         const QString& windowTitle = {});
 
     // Whether the last reading found a real menu bar, not a menu button standing in.
@@ -59,12 +59,12 @@ public:
     // Where a window has no menu bar: the menu button whose popover holds its
     // commands (GTK 3 header bars' "Menu"), as far as the bulk cache tells.
     std::optional<AtspiRef> findMenuButtonInCache(const QList<AtspiRef>& windows) const;
-    // The element tree for a menu button: one menu named after the button,
-    // holding the buttons, check boxes and radio buttons of its popover.
-    AccessibilityElementRef makeButtonMenu(const AtspiRef& button, qint32 pid) const;
-    // The element tree for the fetched menu bar. Every object appears in it at
-    // most once, however the application links its objects.
-    AccessibilityElementRef makeMenuBar(const AtspiRef& menuBar, qint32 pid) const;
+    // The tree for a menu button: one menu named after the button, holding
+    // the buttons, check boxes and radio buttons of its popover.
+    MenuTree makeButtonMenu(const AtspiRef& button) const;
+    // The tree for the fetched menu bar. Every object appears in it at most
+    // once, however the application links its objects.
+    MenuTree makeMenuBar(const AtspiRef& menuBar) const;
     QHash<AtspiRef, Node>& nodes() { return nodes_; }
     // Stops leaving out invisible items when the bar's menus hold items and
     // not one of them is marked visible: then the mark tells nothing.
@@ -93,8 +93,10 @@ private:
     bool fetch(const QList<AtspiRef>& refs, int want);
     void take(Node& node, AtspiObjects::Question question, const AtspiObjects::Value& value);
 
-    QList<AccessibilityElementRef> makeMenuChildren(const QList<AtspiRef>& children, qint32 pid, int depth) const;
-    void collectButtons(const QList<AtspiRef>& children, qint32 pid, int depth, QList<AccessibilityElementRef>& out) const;
+    QList<MenuNode> makeMenuChildren(const QList<AtspiRef>& children, int depth) const;
+    void collectButtons(const QList<AtspiRef>& children, int depth, QList<MenuNode>& out) const;
+    // A command of the tree, pressed through `ref`.
+    MenuNode itemNode(const AtspiRef& ref, const Node& node, const QString& title) const;
     // Claims an object for the tree being made; false when it is already in it.
     bool claim(const AtspiRef& ref) const;
     bool hidden(const Node& node) const;

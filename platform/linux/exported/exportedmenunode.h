@@ -1,6 +1,7 @@
 #pragma once
 
-#include "platform/linux/atspi/keybinding.h"
+#include "platform/linux/keybinding/keybinding.h"
+#include "platform/menutree.h"
 
 #include <QList>
 #include <QString>
@@ -19,6 +20,15 @@ struct ExportedPress {
     QString action;                // GTK: the action's name within its group
     std::optional<QVariant> target; // GTK: its parameter, where it takes one
     int id = 0;                    // dbusmenu: the item
+};
+
+// An exported command, as the menu tree carries it to be pressed.
+class ExportedMenuHandle final : public MenuHandle {
+public:
+    ExportedMenuHandle(ExportedPress press, bool enabled) : press(std::move(press)), enabled(enabled) {}
+
+    ExportedPress press;
+    bool enabled = true; // as read with the menus
 };
 
 // One entry of an exported menu, as read: a command, or a submenu holding more.

@@ -1,8 +1,6 @@
 #include "platform/linux/exported/exportedmenureader.h"
 
-#include "platform/clock.h"
-#include "platform/linux/atspi/atspibus.h"
-#include "platform/linux/atspi/atspielement.h"
+#include "platform/linux/dbus/dbuscalls.h"
 #include "platform/linux/exported/dbusmenulayout.h"
 #include "platform/linux/exported/gtkmenumodel.h"
 
@@ -32,29 +30,23 @@ std::optional<QDBusArgument> argumentOf(const QDBusMessage& reply, int index)
     return reply.arguments().at(index).value<QDBusArgument>();
 }
 
-QList<AccessibilityElementRef> makeItems(const QList<ExportedMenuNode>& nodes, qint32 pid, double readAt);
-
-// The menu a submenu or a menu-bar entry holds; it has no object of its own.
-AccessibilityElementRef makeMenu(const QList<ExportedMenuNode>& nodes, qint32 pid, double readAt)
+QList<MenuNode> makeItems(const QList<ExportedMenuNode>& nodes)
 {
-    auto menu = AtspiElement::node(AXName::roleMenu, QString(), AtspiRef{}, pid, readAt);
-    menu->children = makeItems(nodes, pid, readAt);
-    return menu;
-}
-
-QList<AccessibilityElementRef> makeItems(const QList<ExportedMenuNode>& nodes, qint32 pid, double readAt)
-{
-    QList<AccessibilityElementRef> out;
+    QList<MenuNode> out;
     for (const ExportedMenuNode& node : nodes) {
         // A label may carry its shortcut after a tab where the model gives none.
         const NameAndShortcut named = splitDrawnShortcut(node.label);
-        auto item = AtspiElement::node(AXName::roleMenuItem, named.name, AtspiRef{}, pid, readAt);
-        item->enabled = node.enabled;
-        item->exported = node.press;
-        if (node.isSubmenu)
-            item->children = {makeMenu(node.children, pid, readAt)};
-        else if (auto key = node.key ? node.key : named.key)
-            item->setKey(*key);
+        MenuNode item;
+        item.title = named.name;
+        item.enabled = node.enabled;
+        if (node.isSubmenu) {
+            item.kind = MenuNode::Kind::menu;
+            item.children = makeItems(node.children);
+        } else {
+            item.shortcut = node.key ? node.key : named.key;
+            if (node.press)
+                item.handle = std::make_shared<ExportedMenuHandle>(*node.press, node.enabled);
+        }
         out.append(item);
     }
     return out;
@@ -72,13 +64,13 @@ QDBusMessage ExportedMenuReader::call(const QString& service, const QString& pat
     // Reading must not start anything: an activatable registrar that starts
     // would move every Qt application's menu bar into a global menu.
     message.setAutoStartService(false);
-    return session_.call(message, QDBus::Block, AtspiBus::kCallTimeoutMs);
+    return session_.call(message, QDBus::Block, DBusCalls::kTimeoutMs);
 }
 
-std::shared_ptr<AtspiElement> ExportedMenuReader::read(qint32 pid, const std::optional<DesktopWindow>& window)
+std::optional<MenuTree> ExportedMenuReader::read(qint32 pid, const std::optional<DesktopWindow>& window)
 {
     if (!session_.isConnected())
-        return nullptr;
+        return std::nullopt;
     bool complete = true;
     const std::optional<quint64> x11Window = window ? window->x11Window : std::nullopt;
     // X11 tells of every window GTK exports a menu bar for; elsewhere the
@@ -88,24 +80,27 @@ std::shared_ptr<AtspiElement> ExportedMenuReader::read(qint32 pid, const std::op
     if ((!entries || entries->isEmpty()) && x11Window)
         entries = readDbusmenu(*x11Window, complete);
     if (!entries || entries->isEmpty())
-        return nullptr;
-    return makeMenuBar(*entries, pid, complete);
+        return std::nullopt;
+    return makeMenuBar(*entries, complete);
 }
 
-std::shared_ptr<AtspiElement> ExportedMenuReader::makeMenuBar(const QList<ExportedMenuNode>& entries, qint32 pid, bool complete)
+std::optional<MenuTree> ExportedMenuReader::makeMenuBar(const QList<ExportedMenuNode>& entries, bool complete)
 {
-    const double readAt = Clock::monotonic().seconds();
-    auto bar = AtspiElement::node(QStringLiteral("AXMenuBar"), QString(), AtspiRef{}, pid, readAt);
-    bar->complete = complete;
+    MenuTree tree;
+    tree.complete = complete;
     for (const ExportedMenuNode& node : entries) {
         if (!node.isSubmenu)
             continue;
-        auto entry = AtspiElement::node(AXName::roleMenuBarItem, node.label, AtspiRef{}, pid, readAt);
-        entry->enabled = node.enabled;
-        entry->children = {makeMenu(node.children, pid, readAt)};
-        bar->children.append(entry);
+        MenuNode menu;
+        menu.kind = MenuNode::Kind::menu;
+        menu.title = node.label;
+        menu.enabled = node.enabled;
+        menu.children = makeItems(node.children);
+        tree.menus.append(menu);
     }
-    return bar->children.isEmpty() ? nullptr : bar;
+    if (tree.menus.isEmpty())
+        return std::nullopt;
+    return tree;
 }
 
 QString ExportedMenuReader::gtkApplicationPath(const QString& applicationId)
@@ -137,7 +132,7 @@ QStringList ExportedMenuReader::namesOfProcess(qint32 pid)
     for (const QString& name : list.arguments().first().toStringList()) {
         if (name.startsWith(u':') || name.startsWith(QLatin1String("org.freedesktop.")) || pending.size() >= kMaxNames)
             continue;
-        pending.append({name, AtspiBus::askProcessId(session_, name)});
+        pending.append({name, DBusCalls::askProcessId(session_, name)});
     }
     QStringList names;
     for (auto& [name, reply] : pending) {
@@ -186,7 +181,7 @@ std::optional<QList<ExportedMenuNode>> ExportedMenuReader::readGtk(qint32 pid, G
     for (int round = 0; round < kMaxRounds && !groups.isEmpty(); ++round) {
         QVariantList arguments{QVariant::fromValue(groups)};
         const QDBusMessage reply = call(gtk.busName, gtk.menuBarPath, kMenus, QStringLiteral("Start"), arguments);
-        if (AtspiBus::timedOut(reply))
+        if (DBusCalls::timedOut(reply))
             complete = false;
         const auto argument = argumentOf(reply, 0);
         if (!argument || !model.take(*argument))
@@ -216,7 +211,7 @@ std::optional<QList<ExportedMenuNode>> ExportedMenuReader::readGtk(qint32 pid, G
         const auto argument = argumentOf(reply, 0);
         const auto described = argument ? GtkMenuModel::readDescribeAll(*argument) : std::nullopt;
         if (!described) {
-            if (AtspiBus::timedOut(reply))
+            if (DBusCalls::timedOut(reply))
                 complete = false;
             continue;
         }
@@ -239,13 +234,13 @@ std::optional<QList<ExportedMenuNode>> ExportedMenuReader::readDbusmenu(quint64 
         return std::nullopt;
     const QDBusMessage layout = call(service, path, kDbusmenu, QStringLiteral("GetLayout"),
                                      {0, -1, QStringList()});
-    if (AtspiBus::timedOut(layout))
+    if (DBusCalls::timedOut(layout))
         complete = false;
     const auto argument = argumentOf(layout, 1);
     return argument ? DbusmenuLayout::read(*argument, service, path) : std::nullopt;
 }
 
-AccessibilityError ExportedMenuReader::press(const ExportedPress& press, int replyMs)
+bool ExportedMenuReader::press(const ExportedPress& press, int replyMs)
 {
     QDBusMessage message;
     if (press.kind == ExportedPress::Kind::gtkAction) {
@@ -263,10 +258,6 @@ AccessibilityError ExportedMenuReader::press(const ExportedPress& press, int rep
     }
     message.setAutoStartService(false);
     const QDBusMessage reply = session_.call(message, QDBus::Block, replyMs);
-    if (AtspiBus::timedOut(reply))
-        return AccessibilityError::success; // busy running the command, e.g. a modal dialog
-    if (reply.type() == QDBusMessage::ErrorMessage)
-        return QDBusError(reply).type() == QDBusError::ServiceUnknown ? AccessibilityError::invalidElement
-                                                                      : AccessibilityError::cannotComplete;
-    return AccessibilityError::success;
+    // No answer in time: busy running the command, e.g. a modal dialog.
+    return DBusCalls::timedOut(reply) || reply.type() != QDBusMessage::ErrorMessage;
 }

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "platform/accessibility.h"
-#include "platform/linux/atspi/atspielement.h"
 #include "platform/linux/exported/exportedmenunode.h"
-#include "platform/linux/windowdirectory.h"
+#include "platform/linux/windows/windowdirectory.h"
+#include "platform/menutree.h"
 
 #include <QDBusConnection>
 
@@ -16,18 +15,20 @@ class ExportedMenuReader {
 public:
     explicit ExportedMenuReader(QDBusConnection session = QDBusConnection::sessionBus());
 
-    // The exported menu bar of the process's `window` as the element tree the
-    // menu walk reads, or null. Where the display does not tell where GTK
-    // exports it, it is looked for among the process's names on the bus.
-    std::shared_ptr<AtspiElement> read(qint32 pid, const std::optional<DesktopWindow>& window);
+    // The exported menu bar of the process's `window`, or nothing. Where the
+    // display does not tell where GTK exports it, it is looked for among the
+    // process's names on the bus.
+    std::optional<MenuTree> read(qint32 pid, const std::optional<DesktopWindow>& window);
 
-    // Presses an exported command. Waits briefly for an error: a command that
-    // opens a modal dialog answers only when the dialog closes.
-    AccessibilityError press(const ExportedPress& press, int replyMs);
+    // Presses an exported command; false when the application refused it.
+    // Waits briefly for an error: a command that opens a modal dialog answers
+    // only when the dialog closes.
+    bool press(const ExportedPress& press, int replyMs);
 
-    // The element tree for exported entries: menus for submenus, items for
-    // commands; a top-level command with no menu of its own is left out.
-    static std::shared_ptr<AtspiElement> makeMenuBar(const QList<ExportedMenuNode>& entries, qint32 pid, bool complete);
+    // The tree for exported entries: menus for submenus, items for commands;
+    // a top-level command with no menu of its own is left out. Nothing when
+    // no menu is left.
+    static std::optional<MenuTree> makeMenuBar(const QList<ExportedMenuNode>& entries, bool complete);
 
     // The object path GTK derives from an application id ("org.gnome.TextEditor"
     // → "/org/gnome/TextEditor"), or empty for a name that is not one.

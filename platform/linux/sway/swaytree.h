@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/linux/windowdirectory.h"
+#include "platform/linux/windows/windowdirectory.h"
 
 #include <QByteArray>
 #include <QHash>

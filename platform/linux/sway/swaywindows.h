@@ -2,7 +2,7 @@
 
 #include "platform/linux/sway/swayipc.h"
 #include "platform/linux/sway/swaytree.h"
-#include "platform/linux/windowdirectory.h"
+#include "platform/linux/windows/windowdirectory.h"
 
 #include <QObject>
 #include <QTimer>

@@ -1,6 +1,6 @@
 #include "platform/linux/wayland/waylanddesktopwindows.h"
 
-#include "platform/linux/windowdirectory.h"
+#include "platform/linux/windows/windowdirectory.h"
 
 #include <QGuiApplication>
 #include <QWindow>

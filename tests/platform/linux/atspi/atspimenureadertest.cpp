@@ -1,6 +1,5 @@
-#include "platform/accessibility.h"
 #include "platform/linux/atspi/atspibusobjects.h"
-#include "platform/linux/atspi/atspielement.h"
+#include "platform/linux/atspi/atspimenuhandle.h"
 #include "platform/linux/atspi/atspimenureader.h"
 #include "support/atspicacheitems.h"
 #include "support/atspiobjecttable.h"
@@ -30,22 +29,28 @@ ItemWithChildren item(int id, int parent, uint role, const QString& name, QList<
 }
 
 // Each leaf's path; with `keys`, followed by its key character or code and modifiers.
-QStringList titles(const AccessibilityElementRef& element, bool keys = false, const QString& path = {})
+QStringList titles(const QList<MenuNode>& nodes, bool keys = false, const QString& path = {})
 {
     QStringList out;
-    const auto* e = dynamic_cast<const AtspiElement*>(element.get());
-    for (const AccessibilityElementRef& child : e->children) {
-        const auto* c = dynamic_cast<const AtspiElement*>(child.get());
-        const QString here = c->title.isEmpty() ? path : path + "/" + c->title;
-        if (c->children.isEmpty()) {
+    for (const MenuNode& node : nodes) {
+        const QString here = path + "/" + node.title;
+        if (node.children.isEmpty()) {
             QString key;
-            if (keys && c->modifiers)
-                key = QStringLiteral(" %1/%2").arg(c->keyCharacter ? *c->keyCharacter : QString::number(c->virtualKey.value_or(-1))).arg(*c->modifiers);
+            if (keys && node.shortcut)
+                key = QStringLiteral(" %1/%2")
+                          .arg(node.shortcut->character ? *node.shortcut->character
+                                                        : QString::number(node.shortcut->virtualKey.value_or(-1)))
+                          .arg(node.shortcut->modifiers);
             out << here + key;
         }
-        out += titles(child, keys, here);
+        out += titles(node.children, keys, here);
     }
     return out;
+}
+
+QStringList titles(const std::optional<MenuTree>& tree, bool keys = false)
+{
+    return tree ? titles(tree->menus, keys) : QStringList{};
 }
 
 // Feeds `items` to the reader as a bulk-cache reply that came over D-Bus.
@@ -83,7 +88,7 @@ TEST(AtspiMenuReader, ABulkCacheReplyBecomesATreeWithEveryObjectOnce)
     EXPECT_EQ(reader.nodes().size(), 7);
     const std::optional<AtspiRef> bar = reader.findMenuBarInCache({AtspiRef{":1.7", "/o/1"}});
     ASSERT_EQ(bar, (AtspiRef{":1.7", "/o/2"}));
-    EXPECT_EQ(titles(reader.makeMenuBar(*bar, 1)), (QStringList{"/File/Open", "/File/Save", "/Edit/Undo"}));
+    EXPECT_EQ(titles(reader.makeMenuBar(*bar)), (QStringList{"/File/Open", "/File/Save", "/Edit/Undo"}));
 
     // Not a cache reply at all: refused, nothing taken.
     const std::optional<QVariant> other = wire.received(QVariant::fromValue(QList<CacheRef>{object(1), object(2)}));
@@ -127,7 +132,7 @@ TEST(AtspiMenuReader, InvisibleItemsAreLeftOutOnlyWhereSomeItemIsVisible)
         ASSERT_TRUE(feed(reader, wire, items));
         const AtspiRef bar{":1.7", "/o/2"};
         reader.settleVisibility(bar);
-        EXPECT_EQ(titles(reader.makeMenuBar(bar, 1)), c.listed);
+        EXPECT_EQ(titles(reader.makeMenuBar(bar)), c.listed);
     }
 }
 
@@ -161,9 +166,9 @@ TEST(AtspiMenuReader, ShortcutsDrawnInTheItemsTextAreRead)
     reader.nodes()[ref(7)].keyBinding = "p;<Alt>f:p;<Primary>p";
     reader.nodes()[ref(21)].keyBinding = "<Alt>a"; // a button's mnemonic
     reader.nodes()[ref(22)].keyBinding = "<Alt>f";
-    EXPECT_EQ(titles(reader.makeMenuBar(ref(2), 1), true),
+    EXPECT_EQ(titles(reader.makeMenuBar(ref(2)), true),
               (QStringList{"/File/Open… O/0", "/File/Save S/0", "/File/Print p/0", "/File/Write"}));
-    EXPECT_EQ(titles(reader.makeButtonMenu(ref(20), 1), true), (QStringList{"/Menu/Save As…", "/Menu/Find… F/0"}));
+    EXPECT_EQ(titles(reader.makeButtonMenu(ref(20)), true), (QStringList{"/Menu/Save As…", "/Menu/Find… F/0"}));
 }
 
 // A header-bar window as GTK 3 shows it: no menu bar; the popover of the menu
@@ -195,12 +200,13 @@ TEST(AtspiMenuReader, TheMenuButtonWithTheMostCommandsStandsInForTheMenuBar)
     EXPECT_FALSE(reader.findMenuBarInCache(windows));
     const std::optional<AtspiRef> button = reader.findMenuButtonInCache(windows);
     ASSERT_EQ(button, (AtspiRef{":1.7", "/o/3"}));
-    const AccessibilityElementRef menu = reader.makeButtonMenu(*button, 1);
+    const MenuTree menu = reader.makeButtonMenu(*button);
     EXPECT_EQ(titles(menu), (QStringList{"/Menu/New Window", "/Menu/Save As…", "/Menu/Word Wrap"}));
-    const auto* entry = dynamic_cast<const AtspiElement*>(dynamic_cast<const AtspiElement*>(menu.get())->children[0].get());
-    const auto* wrap = dynamic_cast<const AtspiElement*>(
-        dynamic_cast<const AtspiElement*>(entry->children[0].get())->children[2].get());
-    EXPECT_FALSE(wrap->enabled);
+    const MenuNode& wrap = menu.menus.value(0).children.value(2);
+    EXPECT_EQ(wrap.kind, MenuNode::Kind::check);
+    EXPECT_FALSE(wrap.enabled);
+    ASSERT_TRUE(dynamic_cast<const AtspiMenuHandle*>(wrap.handle.get()));
+    EXPECT_EQ(dynamic_cast<const AtspiMenuHandle*>(wrap.handle.get())->ref, (AtspiRef{":1.7", "/o/7"}));
 }
 
 // An application as the reader meets it when it has no bulk cache (Qt, or a
@@ -251,7 +257,7 @@ TEST(AtspiMenuReader, ObjectsThatHoldThemselvesAreVisitedOnce)
         children = QList<AtspiRef>{self, self, self} + children;
     }
     AtspiMenuReader reader(app.table);
-    const AccessibilityElementRef bar = reader.readMenuBar(LiveApplication::ref("/"), 1, "GTK");
+    const std::optional<MenuTree> bar = reader.readMenuBar(LiveApplication::ref("/"), "GTK");
     ASSERT_TRUE(bar);
     EXPECT_EQ(titles(bar), (QStringList{"/File/Open", "/File/Save", "/Help/About"}));
     EXPECT_TRUE(reader.complete());
@@ -272,7 +278,7 @@ TEST(AtspiMenuReader, APopoverThatHoldsItselfListsEachCommandOnce)
     app.add("/new", pushButton, "New Window");
     app.add("/close", pushButton, "Close");
     AtspiMenuReader reader(app.table);
-    const AccessibilityElementRef menu = reader.readMenuBar(LiveApplication::ref("/"), 1, "GTK");
+    const std::optional<MenuTree> menu = reader.readMenuBar(LiveApplication::ref("/"), "GTK");
     ASSERT_TRUE(menu);
     EXPECT_FALSE(reader.foundMenuBar());
     EXPECT_EQ(titles(menu), (QStringList{"/Menu/New Window", "/Menu/Close"}));
@@ -299,7 +305,7 @@ TEST(AtspiMenuReader, HugeMenusAreCutAndTheReadingKeepsToItsBudget)
     }
     app.add("/bar", menuBar, "", menus);
     AtspiMenuReader reader(app.table);
-    const AccessibilityElementRef bar = reader.readMenuBar(LiveApplication::ref("/"), 1, "GTK");
+    const std::optional<MenuTree> bar = reader.readMenuBar(LiveApplication::ref("/"), "GTK");
     ASSERT_TRUE(bar);
     EXPECT_FALSE(reader.complete());
     EXPECT_LE(app.table.questions, AtspiMenuReader::kMaxQuestions + 1);
@@ -318,13 +324,13 @@ TEST(AtspiMenuReader, ASlowApplicationIsReadUntilTheTimeBudget)
     app.table.clock = &clock;
     app.table.secondsPerRound = AtspiMenuReader::kMaxSeconds / 3;
     AtspiMenuReader reader(app.table, clock);
-    reader.readMenuBar(LiveApplication::ref("/"), 1, "GTK");
+    reader.readMenuBar(LiveApplication::ref("/"), "GTK");
     EXPECT_FALSE(reader.complete());
     EXPECT_LE(app.table.rounds, 4);
 
     // The same application answering at once is read whole.
     app.table.secondsPerRound = 0;
-    const AccessibilityElementRef bar = reader.readMenuBar(LiveApplication::ref("/"), 1, "GTK");
+    const std::optional<MenuTree> bar = reader.readMenuBar(LiveApplication::ref("/"), "GTK");
     EXPECT_TRUE(reader.complete());
     EXPECT_EQ(titles(bar), (QStringList{"/File/Open", "/File/Save", "/Help/About"}));
 }
@@ -335,7 +341,7 @@ TEST(AtspiMenuReader, AnApplicationThatStopsAnsweringIsAskedNoMore)
     LiveApplication app;
     app.table.silentFromRound = 3;
     AtspiMenuReader reader(app.table);
-    reader.readMenuBar(LiveApplication::ref("/"), 1, "GTK");
+    reader.readMenuBar(LiveApplication::ref("/"), "GTK");
     EXPECT_FALSE(reader.complete());
     EXPECT_EQ(app.table.rounds, 4);
 }

@@ -1,4 +1,4 @@
-#include "platform/linux/atspi/keybinding.h"
+#include "platform/linux/keybinding/keybinding.h"
 
 #include <QHash>
 #include <QStringList>

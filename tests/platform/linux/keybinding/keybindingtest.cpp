@@ -1,5 +1,5 @@
 #include "menu/shortcuttext.h"
-#include "platform/linux/atspi/keybinding.h"
+#include "platform/linux/keybinding/keybinding.h"
 
 #include <gtest/gtest.h>
 

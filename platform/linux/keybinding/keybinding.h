@@ -1,19 +1,10 @@
 #pragma once
 
+#include "platform/menutree.h"
+
 #include <QString>
 
 #include <optional>
-
-// A menu item's key equivalent in the shape menus report it: a modifier mask
-// (Shift 1, Option 2, Control 4, no-Command 8) and either a key character or
-// a virtual key code.
-struct MenuKeyEquivalent {
-    qint64 modifiers = 0;
-    std::optional<QString> character;
-    std::optional<qint64> virtualKey;
-
-    friend bool operator==(const MenuKeyEquivalent&, const MenuKeyEquivalent&) = default;
-};
 
 // Translates a toolkit's key binding text as AT-SPI reports it: GTK's
 // "mnemonic;menu path;<Primary><Shift>s" or Qt's "Ctrl+Shift+S". Nothing when

@@ -1,3 +1,0 @@
-#include "platform/accessibilityelement.h"
-
-AccessibilityElement::~AccessibilityElement() = default;

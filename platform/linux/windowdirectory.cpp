@@ -1,3 +1,0 @@
-#include "platform/linux/windowdirectory.h"
-
-WindowDirectory::~WindowDirectory() = default;

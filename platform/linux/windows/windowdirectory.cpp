@@ -1,0 +1,3 @@
+#include "platform/linux/windows/windowdirectory.h"
+
+WindowDirectory::~WindowDirectory() = default;

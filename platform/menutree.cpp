@@ -1,0 +1,3 @@
+#include "platform/menutree.h"
+
+MenuHandle::~MenuHandle() = default;

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+// An item's shortcut in the shape menus report it: a modifier mask (Shift 1,
+// Alt 2, Super 4, no Ctrl 8) and either the character its key types or the
+// key's layout-independent code.
+struct MenuKeyEquivalent {
+    qint64 modifiers = 0;
+    std::optional<QString> character;
+    std::optional<qint64> virtualKey;
+
+    friend bool operator==(const MenuKeyEquivalent&, const MenuKeyEquivalent&) = default;
+};
+
+// How a backend finds a menu item again to press it. Opaque to the logic:
+// only ever handed back to the backend that made it.
+class MenuHandle {
+public:
+    virtual ~MenuHandle();
+
+protected:
+    MenuHandle() = default;
+    MenuHandle(const MenuHandle&) = default;
+    MenuHandle& operator=(const MenuHandle&) = default;
+};
+
+// Copies share the handle; the count is atomic, so records holding one may
+// cross threads.
+using MenuHandleRef = std::shared_ptr<const MenuHandle>;
+
+// One entry of an application's menus, as a backend read it.
+struct MenuNode {
+    enum class Kind { menu, item, check, radio, separator };
+
+    Kind kind = Kind::item;
+    QString title;
+    bool enabled = true;
+    std::optional<MenuKeyEquivalent> shortcut;
+    MenuHandleRef handle;     // what pressing it takes; none for what cannot be pressed
+    QList<MenuNode> children; // a menu's entries, in order
+
+    bool isMenu() const { return kind == Kind::menu; }
+};
+
+// The menus of one application's window, in the order its menu bar shows them.
+struct MenuTree {
+    QList<MenuNode> menus;
+    // False when the application stopped answering half-way: what was read
+    // is shown, but not kept as the application's menus.
+    bool complete = true;
+};
