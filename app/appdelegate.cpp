@@ -295,9 +295,10 @@ void AppDelegate::reloadHotkeyMode()
     HotkeyService& hotkey = services_.hotkey;
     hotkey.setMode(hotkeyModeFromRawValue(stored));
     if (stored == QLatin1String("customShortcut")) {
-        if (const std::optional<CustomShortcut> shortcut = CustomShortcut::load(services_.settings)) {
+        // Stored as it was read: written again, a hand-edited value might not
+        // read the same (the stored form has room for more than Kestrio keeps).
+        if (const std::optional<KeyChord> shortcut = loadCustomShortcut(services_.settings)) {
             hotkey.customShortcut = shortcut;
-            shortcut->save(services_.settings);
             if (hotkey.mode() == HotkeyMode::customShortcut) {
                 hotkey.stop();
                 hotkey.start();

@@ -88,15 +88,15 @@ DesktopShortcutPanel::DesktopShortcutPanel(HotkeyService& hotkey, SettingsStore&
 
 void DesktopShortcutPanel::setUp()
 {
-    if (!CustomShortcut::load(settings_))
-        defaultDesktopShortcut().save(settings_);
+    if (!loadCustomShortcut(settings_))
+        saveCustomShortcut(defaultDesktopShortcut(), settings_);
     saveHotkeyMode(HotkeyMode::customShortcut, settings_);
     notifications_.postHotkeyModeChanged(); // the controller applies it, the desktop is asked
 }
 
 void DesktopShortcutPanel::remove()
 {
-    saveHotkeyMode(HotkeyMode::doubleTapCommand, settings_);
+    saveHotkeyMode(HotkeyMode::doubleTapCtrl, settings_);
     notifications_.postHotkeyModeChanged(); // the controller applies it: Kestrio's entry leaves the desktop
 }
 

@@ -112,7 +112,7 @@ QWidget* labelled(const QString& label, QWidget* control, QWidget* parent)
 SettingsView::SettingsView(Services services, QWidget* parent)
     : QWidget(parent),
       services_(std::move(services)),
-      recordedShortcut_(CustomShortcut::load(services_.settings)),
+      recordedShortcut_(loadCustomShortcut(services_.settings)),
       installerState_(services_.selfUpdater.state())
 {
     auto* outer = new QVBoxLayout(this);
@@ -210,7 +210,7 @@ void SettingsView::buildHotkey(FormSection* section)
         activationMethod_->addItem(displayName(mode), rawValue(mode));
     connect(activationMethod_, &QComboBox::activated, this, [this](int index) {
         const QString chosen = activationMethod_->itemData(index).toString();
-        if (chosen == services_.settings.hotkeyModeText().value_or(rawValue(HotkeyMode::doubleTapCommand)))
+        if (chosen == services_.settings.hotkeyModeText().value_or(rawValue(HotkeyMode::doubleTapCtrl)))
             return;
         services_.settings.setString(SettingsKey::hotkeyMode, chosen);
         services_.notifications.postHotkeyModeChanged();
@@ -218,8 +218,8 @@ void SettingsView::buildHotkey(FormSection* section)
     section->addRow(labelled(QStringLiteral("Activation method"), activationMethod_, section));
 
     recorder_ = new ShortcutRecorderButton(
-        Binding<std::optional<CustomShortcut>>{[this] { return recordedShortcut_; },
-                                               [this](const std::optional<CustomShortcut>& s) { setRecordedShortcut(s); }},
+        Binding<std::optional<KeyChord>>{[this] { return recordedShortcut_; },
+                                               [this](const std::optional<KeyChord>& s) { setRecordedShortcut(s); }},
         Binding<bool>{[this] { return isRecordingShortcut_; }, [this](const bool& r) { setRecordingShortcut(r); }},
         services_.keyboardLayout);
     shortcutRow_ = labelled(QStringLiteral("Shortcut:"), recorder_, section);
@@ -486,14 +486,14 @@ void SettingsView::setLaunchAtLogin(bool enabled)
     }
 }
 
-void SettingsView::setRecordedShortcut(const std::optional<CustomShortcut>& shortcut)
+void SettingsView::setRecordedShortcut(const std::optional<KeyChord>& shortcut)
 {
     if (shortcut == recordedShortcut_)
         return;
     recordedShortcut_ = shortcut;
     if (!shortcut)
         return;
-    shortcut->save(services_.settings);
+    saveCustomShortcut(*shortcut, services_.settings);
     services_.notifications.postHotkeyModeChanged();
 }
 

@@ -84,7 +84,7 @@ public:
     const UpdateCheckState& updateCheckState() const { return updateCheckState_; }
     bool showResetConfirmation() const { return showResetConfirmation_; }
     bool isRecordingShortcut() const { return isRecordingShortcut_; }
-    const std::optional<CustomShortcut>& recordedShortcut() const { return recordedShortcut_; }
+    const std::optional<KeyChord>& recordedShortcut() const { return recordedShortcut_; }
 
     // The sections, top to bottom, and bringing one into view.
     QList<FormSection*> sections() const { return sections_; }
@@ -111,7 +111,7 @@ private:
 
     QString hotkeyModeRaw() const;
     void setLaunchAtLogin(bool enabled);
-    void setRecordedShortcut(const std::optional<CustomShortcut>& shortcut);
+    void setRecordedShortcut(const std::optional<KeyChord>& shortcut);
     void setRecordingShortcut(bool recording);
     void checkNow();
     void confirmReset();
@@ -119,7 +119,7 @@ private:
     Services services_;
     bool showResetConfirmation_ = false;
     bool isRecordingShortcut_ = false;
-    std::optional<CustomShortcut> recordedShortcut_;
+    std::optional<KeyChord> recordedShortcut_;
     UpdateCheckState updateCheckState_;
     SelfUpdater::State installerState_;
 

@@ -1,24 +1,19 @@
 #pragma once
 
+#include "platform/keys.h"
+
 #include <QHash>
 #include <QList>
 #include <QString>
 
-// The modifier keys by the part they play in a shortcut. Which physical key
-// plays which part is the platform's business: on Linux, Ctrl plays Command's
-// part and Super plays Control's, the way Qt maps them on macOS.
-enum class ModifierRole { control, option, shift, command };
-
 // How a platform writes a keyboard shortcut.
 struct KeyWords {
     // The modifiers in the order they are written, each with its word or glyph.
-    QList<std::pair<ModifierRole, QString>> modifiers;
+    QList<std::pair<Modifier, QString>> modifiers;
     // Between two modifiers and between the last modifier and the key.
     QString joiner;
-    // Special keys by the first scalar of a menu's key character (F1…F12 aside).
-    QHash<char32_t, QString> characterKeys;
-    // Special keys by layout-independent virtual key code.
-    QHash<qint64, QString> virtualKeys;
+    // The keys known by name (function keys aside, which are "F" and their number).
+    QHash<NamedKey, QString> keyNames;
 };
 
 // The user-visible texts that name a platform's own things. The macOS words
@@ -28,8 +23,8 @@ struct PlatformWords {
     KeyWords keys;
 
     // Activation gestures.
-    QString doubleTapCommand;
-    QString doubleTapOption;
+    QString doubleTapCtrl;
+    QString doubleTapAlt;
 
     // Onboarding.
     QString welcomeHint;

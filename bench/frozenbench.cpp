@@ -72,7 +72,7 @@ int main(int argc, char** argv)
     QTemporaryDir home;
     SettingsStore settings(home.filePath(QStringLiteral("settings.json")));
     settings.setBool(SettingsKey::hasLaunchedBefore, true);
-    saveHotkeyMode(HotkeyMode::doubleTapOption, settings);
+    saveHotkeyMode(HotkeyMode::doubleTapAlt, settings);
     HotkeyService hotkey(HotkeyPlatform::current(), settings, Clock::monotonic());
     NotificationHub hub;
     AppDelegate delegate(AppDelegate::Services{settings, hotkey, AnalyticsService::shared(), Accessibility::current(),

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "base/platformwords.h"
+#include "platform/keys.h"
 
-#include <QHashFunctions>
 #include <QString>
 
 #include <optional>
@@ -10,38 +10,28 @@
 class KeyboardLayout;
 class SettingsStore;
 
-// The user's own key combination: a layout-independent key code plus the
-// modifier flags that must be held.
-struct CustomShortcut {
-    quint16 keyCode = 0;
-    quint64 modifiers = 0;
+// The user's own shortcut: a key chord whose key is known by its position,
+// so that it fires whatever the layout.
+//
+// Stored as the macOS build stores its CustomShortcut: "customHotkeyKeyCode"
+// holds the key's position as macOS numbers a US keyboard's keys (A = 0,
+// Space = 49; keys macOS has no number for: 0x1000 + the Linux input code),
+// "customHotkeyModifiers" macOS's modifier bits (Command 0x100000 for Ctrl,
+// Option 0x80000 for Alt, Control 0x40000 for Super, Shift 0x20000). Those
+// numbers are read and written here alone.
 
-    // The stored shortcut, or nothing unless a key code in 0…65535 and
-    // modifiers of at least 1 are stored.
-    static std::optional<CustomShortcut> load(const SettingsStore& store);
-    // Writes the key code, then the modifiers. Nothing ever removes them.
-    void save(SettingsStore& store) const;
-
-    friend bool operator==(const CustomShortcut&, const CustomShortcut&) = default;
-};
-
-size_t qHash(const CustomShortcut& shortcut, size_t seed = 0);
-
-// The modifier flags set, in the platform's order and words ("⌃⌥⇧⌘",
-// "Super+Ctrl+Alt+Shift+"), ready for the key to follow.
-QString modifierText(quint64 modifiers, const KeyWords& words = PlatformWords::current().keys);
+// The stored shortcut, or nothing unless a key code in 0…65535 and modifiers
+// of at least 1 are stored.
+std::optional<KeyChord> loadCustomShortcut(const SettingsStore& store);
+// Writes the key code, then the modifiers. Nothing ever removes them.
+void saveCustomShortcut(const KeyChord& shortcut, SettingsStore& store);
 
 // What the key types on the active layout, upper-cased; "?" when it types nothing.
-QString keyboardLayoutCharacter(quint16 keyCode, const KeyboardLayout& layout);
+QString keyboardLayoutCharacter(quint16 position, const KeyboardLayout& layout);
 
 // The modifiers followed by the key's name, or the layout's character for it.
-QString shortcutText(const CustomShortcut& shortcut, const KeyboardLayout& layout,
+QString shortcutText(const KeyChord& shortcut, const KeyboardLayout& layout,
                      const KeyWords& words = PlatformWords::current().keys);
 
-// The shortcut as the desktop's shortcut portal writes keys ("CTRL+SHIFT+s",
-// "LOGO+space"): the Linux modifiers the flags stand for, then the key's
-// keysym name. Empty when the key has no name there.
-QString desktopShortcutTrigger(const CustomShortcut& shortcut, const KeyboardLayout& layout);
-// The shortcut offered where the desktop watches it for Kestrio: Ctrl+Alt+Space
-// (Command and Option stand for Ctrl and Alt, as everywhere on Linux).
-CustomShortcut defaultDesktopShortcut();
+// The shortcut offered where the desktop watches it for Kestrio: Ctrl+Alt+Space.
+KeyChord defaultDesktopShortcut();

@@ -5,15 +5,15 @@
 
 QList<HotkeyMode> allHotkeyModes()
 {
-    return {HotkeyMode::doubleTapCommand, HotkeyMode::doubleTapOption, HotkeyMode::customShortcut};
+    return {HotkeyMode::doubleTapCtrl, HotkeyMode::doubleTapAlt, HotkeyMode::customShortcut};
 }
 
 QString rawValue(HotkeyMode mode)
 {
     switch (mode) {
-    case HotkeyMode::doubleTapOption: return QStringLiteral("doubleTapOption");
+    case HotkeyMode::doubleTapAlt: return QStringLiteral("doubleTapOption");
     case HotkeyMode::customShortcut: return QStringLiteral("customShortcut");
-    case HotkeyMode::doubleTapCommand: break;
+    case HotkeyMode::doubleTapCtrl: break;
     }
     return QStringLiteral("doubleTapCommand");
 }
@@ -21,18 +21,18 @@ QString rawValue(HotkeyMode mode)
 QString displayName(HotkeyMode mode)
 {
     switch (mode) {
-    case HotkeyMode::doubleTapOption: return PlatformWords::current().doubleTapOption;
+    case HotkeyMode::doubleTapAlt: return PlatformWords::current().doubleTapAlt;
     case HotkeyMode::customShortcut: return QStringLiteral("Custom shortcut");
-    case HotkeyMode::doubleTapCommand: break;
+    case HotkeyMode::doubleTapCtrl: break;
     }
-    return PlatformWords::current().doubleTapCommand;
+    return PlatformWords::current().doubleTapCtrl;
 }
 
-std::optional<quint64> watchedModifier(HotkeyMode mode)
+std::optional<Modifier> watchedModifier(HotkeyMode mode)
 {
     switch (mode) {
-    case HotkeyMode::doubleTapCommand: return ModifierFlag::Command;
-    case HotkeyMode::doubleTapOption: return ModifierFlag::Option;
+    case HotkeyMode::doubleTapCtrl: return Modifier::ctrl;
+    case HotkeyMode::doubleTapAlt: return Modifier::alt;
     case HotkeyMode::customShortcut: break;
     }
     return std::nullopt;
@@ -44,7 +44,7 @@ HotkeyMode hotkeyModeFromRawValue(const std::optional<QString>& text)
         if (text == rawValue(mode))
             return mode;
     }
-    return HotkeyMode::doubleTapCommand;
+    return HotkeyMode::doubleTapCtrl;
 }
 
 HotkeyMode loadHotkeyMode(const SettingsStore& store)

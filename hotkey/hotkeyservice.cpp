@@ -3,7 +3,6 @@
 #include "base/settingsstore.h"
 #include "platform/clock.h"
 #include "platform/hotkeyplatform.h"
-#include "platform/keyboardlayout.h"
 
 #include <QPointer>
 #include <QTimer>
@@ -20,14 +19,13 @@ KeyboardAccess HotkeyService::keyboardAccess() const
 }
 
 HotkeyService::HotkeyService(HotkeyPlatform& platform, SettingsStore& settings, const Clock& monotonicClock,
-                             QObject* parent, const KeyboardLayout* layout)
+                             QObject* parent)
     : QObject(parent),
-      customShortcut(CustomShortcut::load(settings)),
+      customShortcut(loadCustomShortcut(settings)),
       platform_(platform),
       settings_(settings),
       clock_(monotonicClock),
-      mode_(loadHotkeyMode(settings)),
-      layout_(layout)
+      mode_(loadHotkeyMode(settings))
 {
 }
 
@@ -95,19 +93,12 @@ bool HotkeyService::installTap()
     return true;
 }
 
-QString HotkeyService::desktopTrigger() const
-{
-    return customShortcut ? desktopShortcutTrigger(*customShortcut, layout_ ? *layout_ : KeyboardLayout::current())
-                          : QString();
-}
-
 bool HotkeyService::installDesktopShortcut()
 {
     // Where the session shows no keys (Wayland), the desktop may watch the
     // custom shortcut itself; a double tap it cannot watch.
     if (mode_ != HotkeyMode::customShortcut || !customShortcut)
         return false;
-    const QString trigger = desktopTrigger();
     QPointer<HotkeyService> self(this);
     const auto activated = [self] {
         if (self)
@@ -117,7 +108,7 @@ bool HotkeyService::installDesktopShortcut()
         if (self)
             self->setDesktopShortcut(state);
     };
-    if (trigger.isEmpty() || !platform_.bindDesktopShortcut(trigger, replaceDesktopShortcut_, activated, changed))
+    if (!platform_.bindDesktopShortcut(*customShortcut, replaceDesktopShortcut_, activated, changed))
         return false;
     hasDesktopShortcut_ = true;
     return true;
@@ -148,10 +139,9 @@ void HotkeyService::applyDesktopShortcutChoice()
 QString HotkeyService::desktopShortcutConfigLine() const
 {
     // The recorded shortcut in the custom mode, else the one Kestrio offers.
-    const CustomShortcut shortcut =
+    const KeyChord shortcut =
         mode_ == HotkeyMode::customShortcut && customShortcut ? *customShortcut : defaultDesktopShortcut();
-    const QString trigger = desktopShortcutTrigger(shortcut, layout_ ? *layout_ : KeyboardLayout::current());
-    return trigger.isEmpty() ? QString() : platform_.desktopShortcutConfigLine(trigger);
+    return platform_.desktopShortcutConfigLine(shortcut);
 }
 
 void HotkeyService::updatePolling()
@@ -180,12 +170,12 @@ void HotkeyService::handleEvent(const KeyEvent& event)
     // Events pass through unchanged whatever happens here: the platform's tap
     // never swallows them.
     if (mode_ == HotkeyMode::customShortcut) {
-        if (event.type == KeyEvent::keyDown)
-            handleKeyDown(event.flags, event.keyCode);
+        if (event.kind == KeyEvent::Kind::keyDown)
+            handleKeyDown(event.held, event.position);
         return;
     }
-    if (event.type == KeyEvent::flagsChanged) {
-        handleFlagsChanged(event.flags);
+    if (event.kind == KeyEvent::Kind::modifiersChanged) {
+        handleModifiersChanged(event.held);
         return;
     }
     // On Linux a tap is the watched modifier pressed alone: Ctrl is in nearly
@@ -193,22 +183,23 @@ void HotkeyService::handleEvent(const KeyEvent& event)
     // a double tap. A key, a mouse button or a wheel turn while it is held
     // cancels the tap and the one before it. (This deliberately departs from
     // the rule that keys typed while the modifier is held play no part.)
-    if ((event.type == KeyEvent::keyDown || event.type == KeyEvent::pointerInput) && keyIsDown_) {
+    if (keyIsDown_) {
         keyIsDown_ = false;
         lastTapTime_.reset();
     }
 }
 
-void HotkeyService::handleFlagsChanged(quint64 flags)
+void HotkeyService::handleModifiersChanged(Modifiers held)
 {
-    const quint64 watched = watchedModifier(mode_).value_or(0);
-    const quint64 others = ModifierFlag::Mask & ~watched;
-    if (flags & others) {
+    const std::optional<Modifier> watched = watchedModifier(mode_);
+    if (!watched)
+        return;
+    if (held & ~Modifiers(*watched)) { // another modifier: no tap
         keyIsDown_ = false;
         lastTapTime_.reset();
         return;
     }
-    if (flags & watched) {
+    if (held.testFlag(*watched)) {
         keyIsDown_ = true;
         return;
     }
@@ -224,11 +215,9 @@ void HotkeyService::handleFlagsChanged(quint64 flags)
     }
 }
 
-void HotkeyService::handleKeyDown(quint64 flags, quint16 keyCode)
+void HotkeyService::handleKeyDown(Modifiers held, quint16 position)
 {
-    if (!customShortcut || keyCode != customShortcut->keyCode)
-        return;
-    if ((flags & ModifierFlag::Mask) == (customShortcut->modifiers & ModifierFlag::Mask))
+    if (customShortcut && position == customShortcut->key.position && held == customShortcut->modifiers)
         deliverActivation();
 }
 

@@ -11,13 +11,11 @@
 
 class Clock;
 class HotkeyPlatform;
-class KeyboardLayout;
 class QTimer;
 class SettingsStore;
-struct KeyEvent;
 
 // Watches every application's keyboard input for the activation gesture: a
-// double tap of Command or Option, or the user's own shortcut.
+// double tap of Ctrl or Alt, or the user's own shortcut.
 class HotkeyService : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isActive READ isActive NOTIFY isActiveChanged)
@@ -28,11 +26,9 @@ public:
 
     static HotkeyService& shared();
 
-    // Reads the mode and the custom shortcut from the settings; installs
-    // nothing. `layout` names the shortcut's key for a desktop that watches
-    // it itself; the platform's current layout when none is given.
+    // Reads the mode and the custom shortcut from the settings; installs nothing.
     HotkeyService(HotkeyPlatform& platform, SettingsStore& settings, const Clock& monotonicClock,
-                  QObject* parent = nullptr, const KeyboardLayout* layout = nullptr);
+                  QObject* parent = nullptr);
     ~HotkeyService() override;
 
     std::function<void()> onActivate;
@@ -41,7 +37,7 @@ public:
     void stop();
     bool setMode(HotkeyMode mode);
     HotkeyMode mode() const { return mode_; }
-    std::optional<CustomShortcut> customShortcut;
+    std::optional<KeyChord> customShortcut;
 
     bool isActive() const { return isActive_; }
     // How the session lets the detector see keys; asked afresh each time.
@@ -71,12 +67,11 @@ signals:
 private:
     void setActive(bool active);
     void setDesktopShortcut(const DesktopShortcutState& state);
-    QString desktopTrigger() const;
     bool installTap();
     bool installDesktopShortcut();
     void updatePolling();
-    void handleFlagsChanged(quint64 flags);
-    void handleKeyDown(quint64 flags, quint16 keyCode);
+    void handleModifiersChanged(Modifiers held);
+    void handleKeyDown(Modifiers held, quint16 position);
     void deliverActivation();
 
     HotkeyPlatform& platform_;
@@ -88,7 +83,6 @@ private:
     bool hasDesktopShortcut_ = false;
     bool replaceDesktopShortcut_ = false; // the next binding replaces what the desktop has
     DesktopShortcutState desktopShortcut_;
-    const KeyboardLayout* layout_;
     std::optional<qint64> lastTapTime_; // in whole milliseconds, so that 0.3 s is exactly 0.3 s
     bool keyIsDown_ = false;
     QTimer* pollTimer_ = nullptr;

@@ -1,6 +1,5 @@
 #include "hotkey/shortcutkeycapture.h"
 
-#include "hotkey/hotkeymode.h"
 #include "platform/keyboardlayout.h"
 
 #include <QCoreApplication>
@@ -42,20 +41,18 @@ ShortcutKeyCapture::~ShortcutKeyCapture()
         QCoreApplication::instance()->removeEventFilter(this);
 }
 
-quint64 ShortcutKeyCapture::modifierFlags(Qt::KeyboardModifiers modifiers)
+Modifiers ShortcutKeyCapture::modifiersOf(Qt::KeyboardModifiers modifiers)
 {
-    quint64 flags = 0;
+    Modifiers held;
     if (modifiers & Qt::ShiftModifier)
-        flags |= ModifierFlag::Shift;
-    // Qt's Ctrl is the key that plays Command's part (⌘ itself on macOS), its
-    // Meta the one that plays Control's (Super on Linux).
+        held |= Modifier::shift;
     if (modifiers & Qt::ControlModifier)
-        flags |= ModifierFlag::Command;
+        held |= Modifier::ctrl;
     if (modifiers & (Qt::AltModifier | Qt::GroupSwitchModifier))
-        flags |= ModifierFlag::Option;
+        held |= Modifier::alt;
     if (modifiers & Qt::MetaModifier)
-        flags |= ModifierFlag::Control;
-    return flags;
+        held |= Modifier::super;
+    return held;
 }
 
 void ShortcutKeyCapture::setRecordingEnabled(bool enabled)
@@ -120,8 +117,8 @@ bool ShortcutKeyCapture::eventFilter(QObject* watched, QEvent* event)
 
 bool ShortcutKeyCapture::wouldRecord(const QKeyEvent& event) const
 {
-    return !isModifierKey(event.key()) && modifierFlags(event.modifiers()) != 0
-        && layout_.keyCodeForScanCode(event.nativeScanCode());
+    return !isModifierKey(event.key()) && modifiersOf(event.modifiers()) != Modifiers()
+        && layout_.positionOfScanCode(event.nativeScanCode());
 }
 
 bool ShortcutKeyCapture::handleKeyPress(const QKeyEvent& event)
@@ -131,6 +128,7 @@ bool ShortcutKeyCapture::handleKeyPress(const QKeyEvent& event)
     enabled_ = false;
     pendingRelease_ = event.nativeScanCode();
     if (onShortcutRecorded)
-        onShortcutRecorded(*layout_.keyCodeForScanCode(event.nativeScanCode()), modifierFlags(event.modifiers()));
+        onShortcutRecorded(
+            KeyChord{modifiersOf(event.modifiers()), Key::at(*layout_.positionOfScanCode(event.nativeScanCode()))});
     return true;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/keys.h"
+
 #include <QObject>
 
 #include <functional>
@@ -10,15 +12,15 @@ class QKeyEvent;
 
 // The recorder's key-capturing companion. While recording is enabled it sees
 // every key press of the application before any widget or shortcut does,
-// wherever the focus is: the first press that carries Shift, Control, Option
-// or Command becomes a key code and those modifier bits and goes no further.
+// wherever the focus is: the first press that carries Ctrl, Alt, Shift or
+// Super becomes a key chord and goes no further.
 // A press without one goes on as usual, unless it is aimed at the recorder
 // itself, which swallows it and stays armed.
 class ShortcutKeyCapture : public QObject {
     Q_OBJECT
 
 public:
-    using Callback = std::function<void(quint16 keyCode, quint64 modifiers)>;
+    using Callback = std::function<void(const KeyChord& chord)>;
 
     explicit ShortcutKeyCapture(const KeyboardLayout& layout, QObject* parent = nullptr);
     ~ShortcutKeyCapture() override;
@@ -28,11 +30,10 @@ public:
     bool isRecordingEnabled() const { return enabled_; }
     void setRecordingEnabled(bool enabled);
 
-    // Kestrio's four modifier bits of Qt's modifiers. Qt calls Super "Meta"
-    // on X11 and Wayland; it is Kestrio's Command, as for the detector. Right
-    // Alt is Option wherever it sits: Qt reports it as the group switch on
-    // layouts where it is AltGr, and the detector counts it as Option.
-    static quint64 modifierFlags(Qt::KeyboardModifiers modifiers);
+    // Kestrio's four modifiers of Qt's. Qt calls Super "Meta" on X11 and
+    // Wayland. Right Alt is Alt wherever it sits: Qt reports it as the group
+    // switch on layouts where it is AltGr, and the detector counts it as Alt.
+    static Modifiers modifiersOf(Qt::KeyboardModifiers modifiers);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

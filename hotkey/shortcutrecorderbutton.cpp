@@ -6,7 +6,7 @@
 #include <QApplication>
 #include <QEvent>
 
-ShortcutRecorderButton::ShortcutRecorderButton(Binding<std::optional<CustomShortcut>> shortcut,
+ShortcutRecorderButton::ShortcutRecorderButton(Binding<std::optional<KeyChord>> shortcut,
                                                Binding<bool> isRecording, const KeyboardLayout& layout,
                                                QWidget* parent)
     : QPushButton(parent),
@@ -17,7 +17,7 @@ ShortcutRecorderButton::ShortcutRecorderButton(Binding<std::optional<CustomShort
 {
     setMinimumWidth(kMinimumWidth);
     setAutoDefault(false);
-    capture_->onShortcutRecorded = [this](quint16 keyCode, quint64 modifiers) { shortcutRecorded(keyCode, modifiers); };
+    capture_->onShortcutRecorded = [this](const KeyChord& chord) { shortcutRecorded(chord); };
     connect(this, &QPushButton::clicked, this, [this] {
         isRecording_.set(!isRecording_.get());
         refresh();
@@ -25,9 +25,9 @@ ShortcutRecorderButton::ShortcutRecorderButton(Binding<std::optional<CustomShort
     refresh();
 }
 
-void ShortcutRecorderButton::shortcutRecorded(quint16 keyCode, quint64 modifiers)
+void ShortcutRecorderButton::shortcutRecorded(const KeyChord& chord)
 {
-    shortcut_.set(CustomShortcut{keyCode, modifiers});
+    shortcut_.set(chord);
     isRecording_.set(false);
     refresh();
 }
@@ -35,7 +35,7 @@ void ShortcutRecorderButton::shortcutRecorded(quint16 keyCode, quint64 modifiers
 void ShortcutRecorderButton::refresh()
 {
     const bool recording = isRecording_.get();
-    const std::optional<CustomShortcut> shortcut = shortcut_.get();
+    const std::optional<KeyChord> shortcut = shortcut_.get();
     if (recording)
         setText(QStringLiteral("Press shortcut…"));
     else if (!shortcut)

@@ -27,7 +27,7 @@ class ShortcutRecorderButton : public QPushButton {
 public:
     static constexpr int kMinimumWidth = 120;
 
-    ShortcutRecorderButton(Binding<std::optional<CustomShortcut>> shortcut, Binding<bool> isRecording,
+    ShortcutRecorderButton(Binding<std::optional<KeyChord>> shortcut, Binding<bool> isRecording,
                            const KeyboardLayout& layout, QWidget* parent = nullptr);
 
     // Shows the bound values again and puts the capture in step with them.
@@ -40,10 +40,10 @@ protected:
     void hideEvent(QHideEvent* event) override;
 
 private:
-    void shortcutRecorded(quint16 keyCode, quint64 modifiers);
+    void shortcutRecorded(const KeyChord& chord);
     void styleLabel();
 
-    Binding<std::optional<CustomShortcut>> shortcut_;
+    Binding<std::optional<KeyChord>> shortcut_;
     Binding<bool> isRecording_;
     const KeyboardLayout& layout_;
     ShortcutKeyCapture* capture_;

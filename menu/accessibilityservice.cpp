@@ -121,7 +121,7 @@ void AccessibilityService::collect(const MenuNode& menu, const QStringList& path
                 emptySubmenus->append(childPath.join(kMenuPathSeparator));
             continue;
         }
-        const std::optional<QString> shortcut = child.shortcut ? menuShortcutText(*child.shortcut) : std::nullopt;
+        const std::optional<QString> shortcut = child.shortcut ? std::optional(shortcutText(*child.shortcut)) : std::nullopt;
         result.append(MenuItem{QUuid::createUuid(), child.title, childPath, shortcut, child.enabled, appName, bundleID,
                                child.handle});
     }

@@ -1,71 +1,32 @@
 #include "menu/shortcuttext.h"
 
-namespace {
-
-// Function-key characters of menus live in the private-use area.
-constexpr char32_t kF1Character = 0xF704;
-constexpr char32_t kF12Character = 0xF70F;
-
-} // namespace
-
-QString shortcutText(bool control, bool option, bool shift, bool command, const QString& key, const KeyWords& words)
+QString modifierText(Modifiers modifiers, const KeyWords& words)
 {
     QString text;
-    for (const auto& [role, word] : words.modifiers) {
-        const bool held = (role == ModifierRole::control && control) || (role == ModifierRole::option && option)
-                          || (role == ModifierRole::shift && shift) || (role == ModifierRole::command && command);
-        if (held)
+    for (const auto& [modifier, word] : words.modifiers) {
+        if (modifiers.testFlag(modifier))
             text += word + words.joiner;
     }
-    return text + key;
+    return text;
 }
 
-std::optional<QString> keyCharacterGlyph(const QString& keyCharacter, const KeyWords& words)
+QString keyName(NamedKey key, const KeyWords& words)
 {
-    if (keyCharacter.isEmpty())
-        return std::nullopt;
-    const char32_t scalar = QStringView(keyCharacter).toUcs4().front();
-    if (scalar >= kF1Character && scalar <= kF12Character)
-        return QStringLiteral("F%1").arg(scalar - (kF1Character - 1));
-    if (const auto it = words.characterKeys.constFind(scalar); it != words.characterKeys.constEnd())
-        return *it;
-    return std::nullopt;
+    if (const std::optional<int> number = functionNumber(key))
+        return QStringLiteral("F%1").arg(*number);
+    return words.keyNames.value(key, QStringLiteral("?"));
 }
 
-std::optional<QString> virtualKeyName(qint64 keyCode, const KeyWords& words)
+QString shortcutText(const KeyChord& chord, const KeyWords& words, const QString& typed)
 {
-    if (const auto it = words.virtualKeys.constFind(keyCode); it != words.virtualKeys.constEnd())
-        return *it;
-    return std::nullopt;
-}
-
-namespace {
-
-QString menuModifiersAnd(const QString& key, qint64 mask, const KeyWords& words)
-{
-    return shortcutText(mask & MenuModifier::Control, mask & MenuModifier::Option, mask & MenuModifier::Shift,
-                        !(mask & MenuModifier::NoCommand), key, words);
-}
-
-} // namespace
-
-QString menuShortcutText(const QString& keyCharacter, qint64 modifierMask, const KeyWords& words)
-{
-    // toUpper is locale-independent and applies full case mapping (ß → SS).
-    return menuModifiersAnd(keyCharacterGlyph(keyCharacter, words).value_or(keyCharacter.toUpper()), modifierMask,
-                            words);
-}
-
-QString menuShortcutText(qint64 virtualKey, qint64 modifierMask, const KeyWords& words)
-{
-    return menuModifiersAnd(virtualKeyName(virtualKey, words).value_or(QStringLiteral("?")), modifierMask, words);
-}
-
-std::optional<QString> menuShortcutText(const MenuKeyEquivalent& key, const KeyWords& words)
-{
-    if (key.character && !key.character->isEmpty())
-        return menuShortcutText(*key.character, key.modifiers, words);
-    if (key.virtualKey)
-        return menuShortcutText(*key.virtualKey, key.modifiers, words);
-    return std::nullopt;
+    QString key;
+    if (chord.key.named)
+        key = keyName(*chord.key.named, words);
+    else if (!chord.key.character.isEmpty())
+        key = chord.key.character.toUpper(); // locale-independent, full case mapping (ß → SS)
+    else if (!typed.isEmpty())
+        key = typed.toUpper();
+    else
+        key = QStringLiteral("?");
+    return modifierText(chord.modifiers, words) + key;
 }

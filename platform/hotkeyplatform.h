@@ -1,21 +1,10 @@
 #pragma once
 
+#include "platform/keys.h"
+
 #include <QString>
 
 #include <functional>
-
-// One keyboard event as the detector sees it.
-struct KeyEvent {
-    static constexpr int keyDown = 10;
-    static constexpr int flagsChanged = 12;
-    // Not a key: a mouse button went down or a wheel turned. A modifier held
-    // meanwhile is part of a click or a zoom, not a tap.
-    static constexpr int pointerInput = 1;
-
-    int type = 0;
-    quint64 flags = 0;   // device-independent modifier bits
-    quint16 keyCode = 0; // layout-independent virtual key code (key-down only)
-};
 
 // What became of Kestrio's shortcut where the desktop watches it.
 struct DesktopShortcutState {
@@ -67,17 +56,17 @@ public:
 
     virtual DesktopShortcutSetup desktopShortcutSetup() { return DesktopShortcutSetup::notNeeded; }
     // Where the desktop itself watches shortcuts for programs: asks it to
-    // open Kestrio whenever `trigger` ("CTRL+SHIFT+k") is pressed, calling
+    // open Kestrio whenever `shortcut` is pressed, calling
     // `activated` or running the toggle command on the main thread; the user
     // may confirm or change the keys in the desktop's own settings. With
     // `replace` the user just chose these keys in Kestrio, so they replace
     // what the desktop has; else keys the user gave in the desktop's own
     // settings stay. `changed` hears what the desktop made of it, on the main
     // thread. False when the desktop offers no such watch.
-    virtual bool bindDesktopShortcut(const QString& trigger, bool replace, std::function<void()> activated,
+    virtual bool bindDesktopShortcut(const KeyChord& shortcut, bool replace, std::function<void()> activated,
                                      std::function<void(const DesktopShortcutState&)> changed)
     {
-        Q_UNUSED(trigger);
+        Q_UNUSED(shortcut);
         Q_UNUSED(replace);
         Q_UNUSED(activated);
         Q_UNUSED(changed);
@@ -88,10 +77,11 @@ public:
     virtual void releaseDesktopShortcut() {}
     // The user no longer wants a shortcut: the desktop's entry for Kestrio goes.
     virtual void forgetDesktopShortcut() {}
-    // The line that binds `trigger` in the compositor's configuration (configLine setups).
-    virtual QString desktopShortcutConfigLine(const QString& trigger)
+    // The line that binds `shortcut` in the compositor's configuration
+    // (configLine setups); empty for keys it cannot name.
+    virtual QString desktopShortcutConfigLine(const KeyChord& shortcut)
     {
-        Q_UNUSED(trigger);
+        Q_UNUSED(shortcut);
         return {};
     }
 

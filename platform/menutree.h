@@ -1,21 +1,12 @@
 #pragma once
 
+#include "platform/keys.h"
+
 #include <QList>
 #include <QString>
 
 #include <memory>
 #include <optional>
-
-// An item's shortcut in the shape menus report it: a modifier mask (Shift 1,
-// Alt 2, Super 4, no Ctrl 8) and either the character its key types or the
-// key's layout-independent code.
-struct MenuKeyEquivalent {
-    qint64 modifiers = 0;
-    std::optional<QString> character;
-    std::optional<qint64> virtualKey;
-
-    friend bool operator==(const MenuKeyEquivalent&, const MenuKeyEquivalent&) = default;
-};
 
 // How a backend finds a menu item again to press it. Opaque to the logic:
 // only ever handed back to the backend that made it.
@@ -40,7 +31,7 @@ struct MenuNode {
     Kind kind = Kind::item;
     QString title;
     bool enabled = true;
-    std::optional<MenuKeyEquivalent> shortcut;
+    std::optional<KeyChord> shortcut;
     MenuHandleRef handle;     // what pressing it takes; none for what cannot be pressed
     QList<MenuNode> children; // a menu's entries, in order
 

@@ -34,7 +34,7 @@ MenuNode separator()
     return node;
 }
 
-MenuNode withShortcut(MenuNode item, const MenuKeyEquivalent& shortcut)
+MenuNode withShortcut(MenuNode item, const KeyChord& shortcut)
 {
     item.shortcut = shortcut;
     return item;

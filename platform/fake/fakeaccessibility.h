@@ -53,7 +53,7 @@ MenuTree menuBar(std::initializer_list<MenuNode> menus, bool complete = true);
 MenuNode menu(const QString& title, std::initializer_list<MenuNode> entries);
 MenuNode item(const QString& title, bool enabled = true);
 MenuNode separator();
-MenuNode withShortcut(MenuNode item, const MenuKeyEquivalent& shortcut);
+MenuNode withShortcut(MenuNode item, const KeyChord& shortcut);
 // How the item made above answers when asked again or pressed.
 FakeMenuItem& handleOf(const MenuNode& item);
 } // namespace FakeMenus

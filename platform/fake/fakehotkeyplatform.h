@@ -2,6 +2,8 @@
 
 #include "platform/hotkeyplatform.h"
 
+#include <QStringList>
+
 #include <optional>
 
 // A keyboard that a test types on.
@@ -34,7 +36,7 @@ public:
 
     // A desktop that watches shortcuts itself, when `desktopWatchesShortcuts`.
     bool desktopWatchesShortcuts = false;
-    QString desktopTrigger;
+    std::optional<KeyChord> desktopShortcut; // what the desktop was asked to watch
     bool desktopReplaced = false; // the last binding replaced what the desktop had
     int desktopForgotten = 0;
     std::function<void()> desktopActivated;
@@ -46,12 +48,12 @@ public:
             return *setup;
         return desktopWatchesShortcuts ? DesktopShortcutSetup::desktopWatches : DesktopShortcutSetup::notNeeded;
     }
-    bool bindDesktopShortcut(const QString& trigger, bool replace, std::function<void()> activated,
+    bool bindDesktopShortcut(const KeyChord& shortcut, bool replace, std::function<void()> activated,
                              std::function<void(const DesktopShortcutState&)> changed) override
     {
         if (!desktopWatchesShortcuts)
             return false;
-        desktopTrigger = trigger;
+        desktopShortcut = shortcut;
         desktopReplaced = replace;
         desktopActivated = std::move(activated);
         desktopChanged = std::move(changed);
@@ -59,20 +61,31 @@ public:
     }
     void releaseDesktopShortcut() override
     {
-        desktopTrigger.clear();
+        desktopShortcut.reset();
         desktopActivated = nullptr;
     }
     void forgetDesktopShortcut() override { ++desktopForgotten; }
-    QString desktopShortcutConfigLine(const QString& trigger) override { return "bindsym " + trigger; }
+    // The chord in words a test can read: "bindsym ctrl+alt+57".
+    QString desktopShortcutConfigLine(const KeyChord& shortcut) override
+    {
+        QStringList parts;
+        for (const auto& [modifier, word] : {std::pair{Modifier::ctrl, "ctrl"}, std::pair{Modifier::alt, "alt"},
+                                             std::pair{Modifier::shift, "shift"}, std::pair{Modifier::super, "super"}}) {
+            if (shortcut.modifiers.testFlag(modifier))
+                parts << QString::fromLatin1(word);
+        }
+        return "bindsym " + (parts << QString::number(shortcut.key.position)).join(u'+');
+    }
 
     bool hasTap() const { return bool(callback); }
     // Delivers an event as the system would, if a tap is there and enabled.
-    void send(int type, quint64 flags, quint16 keyCode = 0)
+    void send(const KeyEvent& event)
     {
         if (callback && tapEnabled)
-            callback(KeyEvent{type, flags, keyCode});
+            callback(event);
     }
-    void flags(quint64 f) { send(KeyEvent::flagsChanged, f); }
-    void pointer(quint64 f) { send(KeyEvent::pointerInput, f); }
-    void keyDown(quint16 code, quint64 f) { send(KeyEvent::keyDown, f, code); }
+    // The modifiers now held, after one went down or up.
+    void modifiers(Modifiers held) { send({KeyEvent::Kind::modifiersChanged, held, 0}); }
+    void pointer(Modifiers held) { send({KeyEvent::Kind::pointer, held, 0}); }
+    void keyDown(quint16 position, Modifiers held) { send({KeyEvent::Kind::keyDown, held, position}); }
 };

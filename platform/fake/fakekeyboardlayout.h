@@ -7,11 +7,11 @@
 // A layout whose keys type, and whose scan codes name, only what a test maps.
 class FakeKeyboardLayout final : public KeyboardLayout {
 public:
-    QHash<quint16, QString> characters;
-    QHash<quint32, quint16> scanCodes;
+    QHash<quint16, QString> characters; // by position
+    QHash<quint32, quint16> scanCodes;  // scan code → position
 
-    QString characterForKeyCode(quint16 keyCode) const override { return characters.value(keyCode); }
-    std::optional<quint16> keyCodeForScanCode(quint32 scanCode) const override
+    QString characterAt(quint16 position) const override { return characters.value(position); }
+    std::optional<quint16> positionOfScanCode(quint32 scanCode) const override
     {
         if (!scanCodes.contains(scanCode))
             return std::nullopt;

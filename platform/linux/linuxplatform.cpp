@@ -18,6 +18,7 @@
 #include "platform/linux/x11/x11windows.h"
 #include "platform/linux/x11/x11workspace.h"
 #include "platform/linux/xdg/xdgautostartloginitem.h"
+#include "platform/linux/xkb/desktopkeys.h"
 #include "platform/linux/xkb/xkbkeyboardlayout.h"
 #include "platform/loginitem.h"
 #include "platform/updatepackaging.h"
@@ -121,22 +122,23 @@ public:
                                                          : DesktopShortcutSetup::byHand;
         }
     }
-    bool bindDesktopShortcut(const QString& trigger, bool replace, std::function<void()> activated,
+    bool bindDesktopShortcut(const KeyChord& shortcut, bool replace, std::function<void()> activated,
                              std::function<void(const DesktopShortcutState&)> changed) override
     {
-        if (!wayland_)
+        const std::optional<DesktopKeys> keys = DesktopKeys::of(shortcut, KeyboardLayout::current());
+        if (!wayland_ || !keys)
             return false;
         if (DisplaySession::current().compositor == DisplaySession::Compositor::gnome) {
             if (!GnomeShortcut::isAvailable())
                 return false;
             // GNOME runs the toggle command; `activated` is not needed.
             changed({DesktopShortcutState::Kind::pending, {}, {}});
-            gnome().bind(trigger, replace, std::move(changed));
+            gnome().bind(*keys, replace, std::move(changed));
             return true;
         }
         if (DisplaySession::current().compositor == DisplaySession::Compositor::kde) {
             changed({DesktopShortcutState::Kind::pending, {}, {}});
-            kde().bind(trigger, replace, std::move(activated), std::move(changed));
+            kde().bind(*keys, replace, std::move(activated), std::move(changed));
             return true;
         }
         // Asked once the portal has said whether it is there; until then the
@@ -145,7 +147,7 @@ public:
             return false;
         QObject::disconnect(portalState_);
         portalState_ = QObject::connect(&portal(), &GlobalShortcutsPortal::stateChanged, &portal(), std::move(changed));
-        portal().bind(trigger, QStringLiteral("Open Kestrio's search panel"), std::move(activated));
+        portal().bind(keys->portalTrigger(), QStringLiteral("Open Kestrio's search panel"), std::move(activated));
         return true;
     }
     void releaseDesktopShortcut() override
@@ -163,9 +165,10 @@ public:
             kde().forget();
         releaseDesktopShortcut();
     }
-    QString desktopShortcutConfigLine(const QString& trigger) override
+    QString desktopShortcutConfigLine(const KeyChord& shortcut) override
     {
-        return swayBindsym(trigger, toggleCommand());
+        const std::optional<DesktopKeys> keys = DesktopKeys::of(shortcut, KeyboardLayout::current());
+        return keys ? swayBindsym(*keys, toggleCommand()) : QString();
     }
     // Where the desktop may watch shortcuts, it is asked early: the answer
     // decides the custom shortcut at start.

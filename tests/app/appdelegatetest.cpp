@@ -219,7 +219,7 @@ TEST_F(Controller, TheWelcomeSetsUpTheDesktopsShortcut)
     EXPECT_GT(app->onboardingWindow()->height(), 360); // the window grew to fit it
     QTest::mouseClick(panel->setUpButton(), Qt::LeftButton);
     EXPECT_EQ(hotkey.mode(), HotkeyMode::customShortcut);
-    EXPECT_EQ(keyboard.desktopTrigger, "CTRL+ALT+space");
+    EXPECT_EQ(keyboard.desktopShortcut, defaultDesktopShortcut());
     EXPECT_TRUE(keyboard.desktopReplaced);
     ASSERT_TRUE(keyboard.desktopChanged);
     keyboard.desktopChanged({DesktopShortcutState::Kind::bound, "Ctrl+Alt+Space", {}});
@@ -376,11 +376,11 @@ TEST_F(Controller, TheHotkeyOpensThePanel)
 {
     settings.store().setBool(SettingsKey::hasLaunchedBefore, true);
     launch();
-    keyboard.flags(0x100000);
-    keyboard.flags(0);
+    keyboard.modifiers(Modifier::ctrl);
+    keyboard.modifiers({});
     monotonic.advance(0.1);
-    keyboard.flags(0x100000);
-    keyboard.flags(0);
+    keyboard.modifiers(Modifier::ctrl);
+    keyboard.modifiers({});
     EXPECT_TRUE(eventually([&] { return app->searchPanelController() && app->searchPanelController()->panel(); }));
 }
 
@@ -404,14 +404,14 @@ TEST_F(Controller, ReloadingTheHotkeyMode)
     launch();
     settings.store().setString(SettingsKey::hotkeyMode, "tripleTap"); // unknown: double-tap Command
     hub.postHotkeyModeChanged();
-    EXPECT_EQ(hotkey.mode(), HotkeyMode::doubleTapCommand);
+    EXPECT_EQ(hotkey.mode(), HotkeyMode::doubleTapCtrl);
     EXPECT_EQ(settings.store().hotkeyModeText(), "doubleTapCommand");
 
     settings.store().setString(SettingsKey::hotkeyMode, "customShortcut");
-    CustomShortcut{40, 0x40000}.save(settings.store());
+    saveCustomShortcut(KeyChord{Modifier::super, Key::at(37)}, settings.store());
     hub.postHotkeyModeChanged();
     EXPECT_EQ(hotkey.mode(), HotkeyMode::customShortcut);
-    EXPECT_EQ(hotkey.customShortcut, (CustomShortcut{40, 0x40000}));
+    EXPECT_EQ(hotkey.customShortcut, (KeyChord{Modifier::super, Key::at(37)}));
     ASSERT_TRUE(events.waitForRequests(3));
     EXPECT_EQ(sentEventNames(), (QStringList{"app_launched", "settings_changed", "settings_changed"}));
 }
@@ -475,13 +475,13 @@ TEST_F(Controller, SettingsAndAboutWindowsAreReusedWhileTheyShow)
 
 TEST_F(Controller, ARecordedShortcutReplacesTheActiveOneAtOnce)
 {
-    using namespace ModifierFlag;
+    constexpr quint16 kA = 30, kK = 37;
     settings.store().setBool(SettingsKey::hasLaunchedBefore, true);
     saveHotkeyMode(HotkeyMode::customShortcut, settings.store());
-    CustomShortcut{0, Command}.save(settings.store());
+    saveCustomShortcut(KeyChord{Modifier::ctrl, Key::at(kA)}, settings.store());
     hotkey.setMode(HotkeyMode::customShortcut);
-    hotkey.customShortcut = CustomShortcut::load(settings.store());
-    useSettingsForm().layout.scanCodes = {{45, 40}};
+    hotkey.customShortcut = loadCustomShortcut(settings.store());
+    useSettingsForm().layout.scanCodes = {{45, kK}};
     launch();
     int activations = 0;
     hotkey.onActivate = [&] { ++activations; };
@@ -489,7 +489,7 @@ TEST_F(Controller, ARecordedShortcutReplacesTheActiveOneAtOnce)
         QCoreApplication::processEvents(); // activations come as tasks of their own
         return activations;
     };
-    keyboard.keyDown(0, Command);
+    keyboard.keyDown(kA, Modifier::ctrl);
     EXPECT_EQ(panels(), 1);
 
     row("Settings…")->trigger();
@@ -499,11 +499,12 @@ TEST_F(Controller, ARecordedShortcutReplacesTheActiveOneAtOnce)
     QKeyEvent press(QEvent::KeyPress, Qt::Key_K, Qt::MetaModifier | Qt::ShiftModifier, 45, 0, 0);
     QApplication::sendEvent(recorder, &press);
 
-    EXPECT_EQ(CustomShortcut::load(settings.store()), (CustomShortcut{40, Control | Shift}));
-    EXPECT_EQ(hotkey.customShortcut, (CustomShortcut{40, Control | Shift}));
-    keyboard.keyDown(0, Command); // the old one stopped working
+    const KeyChord recorded{Modifier::super | Modifier::shift, Key::at(kK)};
+    EXPECT_EQ(loadCustomShortcut(settings.store()), recorded);
+    EXPECT_EQ(hotkey.customShortcut, recorded);
+    keyboard.keyDown(kA, Modifier::ctrl); // the old one stopped working
     EXPECT_EQ(panels(), 1);
-    keyboard.keyDown(40, Control | Shift);
+    keyboard.keyDown(kK, Modifier::super | Modifier::shift);
     EXPECT_EQ(panels(), 2);
 }
 
@@ -584,11 +585,11 @@ QStringList macOSWordsIn(const QStringList& texts)
 // hidden parts included, and the tray menu's every row.
 TEST_F(Controller, NoWindowNamesAMacOSThing)
 {
-    using namespace ModifierFlag;
     ax.addApplication(42, E::menuBar({E::menu(
-                              "File", {E::withShortcut(E::item("Save As…"), MenuKeyEquivalent{1, QStringLiteral("s"), {}})})}));
+                              "File", {E::withShortcut(E::item("Save As…"), KeyChord{Modifier::ctrl | Modifier::shift, Key{0, std::nullopt, "s"}})})}));
     useSettingsForm();
-    CustomShortcut{49, Command | Shift | Control | Option}.save(settings.store());
+    saveCustomShortcut(KeyChord{Modifier::ctrl | Modifier::alt | Modifier::shift | Modifier::super, Key::at(57)},
+                       settings.store());
     keyboard.trusted = false;
     ax.trusted = false;
     launch();
@@ -636,7 +637,7 @@ TEST_F(Controller, NoWindowNamesAMacOSThing)
 
     EXPECT_GT(texts.size(), 100);
     EXPECT_EQ(macOSWordsIn(texts), QStringList());
-    EXPECT_TRUE(texts.contains(words.doubleTapCommand));
+    EXPECT_TRUE(texts.contains(words.doubleTapCtrl));
     EXPECT_TRUE(texts.contains("Super+Ctrl+Alt+Shift+Space"));
 }
 

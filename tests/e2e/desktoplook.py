@@ -18,6 +18,8 @@ SHOWN_ROLES = {"label", "list item", "push button", "text", "entry", "table cell
 
 
 def applications():
+    # An application that does not answer costs a moment, not the test's patience.
+    Atspi.set_timeout(3000, 3000)
     desktop = Atspi.get_desktop(0)
     for i in range(desktop.get_child_count()):
         application = desktop.get_child_at_index(i)

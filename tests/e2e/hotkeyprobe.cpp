@@ -37,8 +37,10 @@ int main(int argc, char** argv)
     SettingsStore settings(QDir::temp().filePath(QStringLiteral("kestrio-hotkey-probe-%1.json").arg(app.applicationPid())));
     const bool measure = args.value(1) == QLatin1String("--measure");
     settings.setString(SettingsKey::hotkeyMode, measure ? QStringLiteral("doubleTapCommand") : args.value(1));
-    if (args.value(1) == QLatin1String("customShortcut"))
-        CustomShortcut{quint16(args.value(2).toUInt()), args.value(3).toULongLong(nullptr, 0)}.save(settings);
+    if (args.value(1) == QLatin1String("customShortcut")) { // as stored: macOS's key code and modifier bits
+        settings.setInteger(SettingsKey::customHotkeyKeyCode, args.value(2).toLongLong());
+        settings.setInteger(SettingsKey::customHotkeyModifiers, args.value(3).toLongLong(nullptr, 0));
+    }
 
     HotkeyService service(HotkeyPlatform::current(), settings, Clock::monotonic());
     QElapsedTimer sinceInjection;

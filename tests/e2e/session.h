@@ -23,7 +23,8 @@ struct Window {
 
 inline ProcessResult look(const QStringList& arguments)
 {
-    return run(QStringLiteral("/usr/bin/python3"), QStringList{QStringLiteral(SOURCE_DIR "/tests/e2e/desktoplook.py")} + arguments);
+    return run(QStringLiteral("/usr/bin/python3"), QStringList{QStringLiteral(SOURCE_DIR "/tests/e2e/desktoplook.py")} + arguments,
+               15000);
 }
 
 inline QList<Window> windows()
@@ -53,6 +54,15 @@ inline int windowsTitled(const QString& name)
     for (const Window& window : windows())
         count += window.name == name;
     return count;
+}
+
+// The windows as a failure message shows them.
+inline std::string describeWindows()
+{
+    std::string out;
+    for (const Window& w : windows())
+        out += (w.pid + ' ' + w.app + " \"" + w.name + "\"" + (w.active ? " active" : "") + "\n").toStdString();
+    return out;
 }
 
 // What `pid`'s windows show: labels, rows, buttons.
@@ -147,22 +157,24 @@ protected:
     void toggleSaveAsAndEscape(const std::function<void()>& toggle)
     {
         toggle();
-        ASSERT_TRUE(eventually([&] { return panelIsActive(); }));
+        ASSERT_TRUE(eventually([&] { return panelIsActive(); })) << describeWindows();
         ASSERT_TRUE(keys({"type save as"}));
-        ASSERT_TRUE(eventually([&] { return panelFinds("save as", "Save As..."); }));
+        ASSERT_TRUE(eventually([&] { return panelFinds("save as", "Save As..."); }))
+            << texts(kestrioPid_).join(u'|').toStdString();
         EXPECT_TRUE(texts(kestrioPid_).contains("Menus from: Mousepad"));
         ASSERT_TRUE(keys({"key Return"}));
-        ASSERT_TRUE(eventually([] { return windowsTitled("Save As") > 0; }));
-        EXPECT_TRUE(eventually([&] { return !panelIsOpen(); }));
-        EXPECT_TRUE(eventually([&] { return activeWindowPid() == mousepadPid_; })); // its dialog has the keyboard
-        ASSERT_TRUE(keys({"key Escape"}));                                     // closes mousepad's dialog
-        ASSERT_TRUE(eventually([] { return windowsTitled("Save As") == 0; }));
+        ASSERT_TRUE(eventually([] { return windowsTitled("Save As") > 0; })) << describeWindows();
+        EXPECT_TRUE(eventually([&] { return !panelIsOpen(); })) << describeWindows();
+        // Its dialog has the keyboard.
+        EXPECT_TRUE(eventually([&] { return activeWindowPid() == mousepadPid_; })) << describeWindows();
+        ASSERT_TRUE(keys({"key Escape"})); // closes mousepad's dialog
+        ASSERT_TRUE(eventually([] { return windowsTitled("Save As") == 0; })) << describeWindows();
 
         toggle();
-        ASSERT_TRUE(eventually([&] { return panelIsActive(); }));
+        ASSERT_TRUE(eventually([&] { return panelIsActive(); })) << describeWindows();
         ASSERT_TRUE(keys({"type save as", "key Escape"}));
-        ASSERT_TRUE(eventually([&] { return !panelIsOpen(); }));
-        EXPECT_TRUE(eventually([&] { return activeWindowPid() == mousepadPid_; }));
+        ASSERT_TRUE(eventually([&] { return !panelIsOpen(); })) << describeWindows();
+        EXPECT_TRUE(eventually([&] { return activeWindowPid() == mousepadPid_; })) << describeWindows();
         QThread::msleep(500); // a command run by mistake would have opened its dialog by now
         EXPECT_EQ(windowsTitled("Save As"), 0);
     }

@@ -141,9 +141,10 @@ int main(int argc, char** argv)
 
     // Reported once the recorder shows it.
     QObject::connect(&hub, &NotificationHub::hotkeyModeChanged, &app, [&] { QTimer::singleShot(0, &app, [&] {
-        if (const std::optional<CustomShortcut> shortcut = CustomShortcut::load(store))
-            report({{"shortcut", QJsonObject{{"keyCode", shortcut->keyCode},
-                                             {"modifiers", qint64(shortcut->modifiers)},
+        // As stored: macOS's key code and modifier bits.
+        if (loadCustomShortcut(store))
+            report({{"shortcut", QJsonObject{{"keyCode", store.integerValue(SettingsKey::customHotkeyKeyCode)},
+                                             {"modifiers", store.integerValue(SettingsKey::customHotkeyModifiers)},
                                              {"text", view->recorderButton()->text()}}}});
     }); });
 

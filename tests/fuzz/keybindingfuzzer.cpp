@@ -10,19 +10,18 @@
 
 namespace {
 
-void check(const std::optional<MenuKeyEquivalent>& key)
+void check(const std::optional<KeyChord>& key)
 {
     if (!key)
         return;
-    // A translated binding is a shortcut that can be shown.
-    if (key->modifiers < 0 || key->modifiers > 15)
+    // A translated binding is a shortcut that can be shown: a named key, or
+    // a key that types something.
+    if (key->key.named.has_value() == !key->key.character.isEmpty())
         std::abort();
-    if (key->character) {
-        if (key->character->isEmpty() || menuShortcutText(*key->character, key->modifiers).isEmpty())
-            std::abort();
-    } else if (!key->virtualKey || menuShortcutText(*key->virtualKey, key->modifiers).isEmpty()) {
+    if (key->key.named && int(*key->key.named) >= int(NamedKey::f1) + kFunctionKeys)
         std::abort();
-    }
+    if (shortcutText(*key).isEmpty())
+        std::abort();
 }
 
 } // namespace

@@ -10,17 +10,19 @@
 
 namespace {
 
-using namespace ModifierFlag;
-constexpr quint64 Fn = Function;
+constexpr Modifiers none{}, ctrl{Modifier::ctrl}, alt{Modifier::alt}, shift{Modifier::shift}, super{Modifier::super};
+// Positions of the keys typed (Linux input codes).
+constexpr int kK = 37, kSemicolon = 39, kC = 46, kA = 30, kSpace = 57;
 
 // One step of typing: wait (in whole milliseconds, so that a boundary is
-// exactly where the table says), then the modifier flags change, or a key goes down.
+// exactly where the table says), then the modifiers held change (a modifier
+// key, Caps Lock among them, went down or up), or a key goes down.
 constexpr int kPointer = -2; // a mouse button pressed or a wheel turned
 
 struct Step {
     int afterMs;
-    quint64 flags;
-    int keyCode = -1; // ≥ 0: a key-down with these flags; kPointer: a click or a wheel turn
+    Modifiers held;
+    int position = -1; // ≥ 0: a key-down with these modifiers held; kPointer: a click or a wheel turn
 };
 
 struct Sequence {
@@ -54,12 +56,12 @@ protected:
     {
         for (const Step& s : steps) {
             clock.advance(s.afterMs / 1000.0);
-            if (s.keyCode >= 0)
-                platform.keyDown(quint16(s.keyCode), s.flags);
-            else if (s.keyCode == kPointer)
-                platform.pointer(s.flags);
+            if (s.position >= 0)
+                platform.keyDown(quint16(s.position), s.held);
+            else if (s.position == kPointer)
+                platform.pointer(s.held);
             else
-                platform.flags(s.flags);
+                platform.modifiers(s.held);
         }
     }
 };
@@ -69,54 +71,53 @@ class DetectorSequences : public Detector, public testing::WithParamInterface<Se
 TEST_P(DetectorSequences, ActivatesExactlyAsOften)
 {
     saveHotkeyMode(GetParam().mode, settings.store());
-    CustomShortcut{40, Control | Option}.save(settings.store());
+    saveCustomShortcut(KeyChord{super | alt, Key::at(kK)}, settings.store());
     create();
     ASSERT_TRUE(service->start());
     type(GetParam().steps);
     EXPECT_EQ(activations(), GetParam().activations);
 }
 
-const auto cmd = HotkeyMode::doubleTapCommand;
-const auto opt = HotkeyMode::doubleTapOption;
+const auto ctrlTap = HotkeyMode::doubleTapCtrl;
+const auto altTap = HotkeyMode::doubleTapAlt;
 const auto custom = HotkeyMode::customShortcut;
 
 INSTANTIATE_TEST_SUITE_P(DoubleTap, DetectorSequences, testing::Values(
     // Release to release: 299 ms is a double tap, 300 and 301 are not.
-    Sequence{"secondReleaseAfter299ms", cmd, {{0, Command}, {50, 0}, {100, Command}, {199, 0}}, 1},
-    Sequence{"secondReleaseAfter300ms", cmd, {{0, Command}, {50, 0}, {100, Command}, {200, 0}}, 0},
-    Sequence{"secondReleaseAfter301ms", cmd, {{0, Command}, {50, 0}, {100, Command}, {201, 0}}, 0},
-    Sequence{"lateSecondTapBecomesTheFirst", cmd, {{0, Command}, {0, 0}, {200, Command}, {200, 0}, {100, Command}, {100, 0}}, 1},
-    Sequence{"threeQuickTaps", cmd, {{0, Command}, {0, 0}, {100, Command}, {0, 0}, {100, Command}, {0, 0}}, 1},
-    Sequence{"fourQuickTaps", cmd, {{0, Command}, {0, 0}, {100, Command}, {0, 0}, {100, Command}, {0, 0}, {100, Command}, {0, 0}}, 2},
-    Sequence{"longHoldThenQuickTap", cmd, {{0, Command}, {5000, 0}, {100, Command}, {100, 0}}, 1},
-    Sequence{"commandWithShift", cmd, {{0, Command | Shift}, {0, 0}, {100, Command | Shift}, {0, 0}}, 0},
-    Sequence{"shiftTouchedWhileHeldDiscardsThePendingTap", cmd, {{0, Command}, {0, 0}, {100, Command}, {0, Command | Shift}, {0, Command}, {0, 0}}, 0},
-    Sequence{"afterTheDiscardATapArmsAgain", cmd, {{0, Command}, {0, Command | Shift}, {0, Command}, {0, 0}, {100, Command}, {100, 0}}, 1},
+    Sequence{"secondReleaseAfter299ms", ctrlTap, {{0, ctrl}, {50, none}, {100, ctrl}, {199, none}}, 1},
+    Sequence{"secondReleaseAfter300ms", ctrlTap, {{0, ctrl}, {50, none}, {100, ctrl}, {200, none}}, 0},
+    Sequence{"secondReleaseAfter301ms", ctrlTap, {{0, ctrl}, {50, none}, {100, ctrl}, {201, none}}, 0},
+    Sequence{"lateSecondTapBecomesTheFirst", ctrlTap, {{0, ctrl}, {0, none}, {200, ctrl}, {200, none}, {100, ctrl}, {100, none}}, 1},
+    Sequence{"threeQuickTaps", ctrlTap, {{0, ctrl}, {0, none}, {100, ctrl}, {0, none}, {100, ctrl}, {0, none}}, 1},
+    Sequence{"fourQuickTaps", ctrlTap, {{0, ctrl}, {0, none}, {100, ctrl}, {0, none}, {100, ctrl}, {0, none}, {100, ctrl}, {0, none}}, 2},
+    Sequence{"longHoldThenQuickTap", ctrlTap, {{0, ctrl}, {5000, none}, {100, ctrl}, {100, none}}, 1},
+    Sequence{"ctrlWithShift", ctrlTap, {{0, ctrl | shift}, {0, none}, {100, ctrl | shift}, {0, none}}, 0},
+    Sequence{"shiftTouchedWhileHeldDiscardsThePendingTap", ctrlTap, {{0, ctrl}, {0, none}, {100, ctrl}, {0, ctrl | shift}, {0, ctrl}, {0, none}}, 0},
+    Sequence{"afterTheDiscardATapArmsAgain", ctrlTap, {{0, ctrl}, {0, ctrl | shift}, {0, ctrl}, {0, none}, {100, ctrl}, {100, none}}, 1},
     // A tap is the modifier pressed alone: what else happens while it is held
     // makes it a shortcut, a click or a zoom, and cancels the tap before it too.
-    Sequence{"aKeyTypedWhileHeldCancelsTheTap", cmd, {{0, Command}, {0, 0}, {100, Command}, {50, Command, 8}, {50, 0}}, 0},
-    Sequence{"ctrlAThenCtrlC", cmd, {{0, Command}, {30, Command, 0}, {30, 0}, {60, Command}, {30, Command, 8}, {30, 0}}, 0},
-    Sequence{"aShortcutBeforeTwoTapsLeavesThem", cmd, {{0, Command}, {30, Command, 8}, {30, 0}, {100, Command}, {50, 0}, {50, Command}, {50, 0}}, 1},
-    Sequence{"clicksWhileHeld", cmd, {{0, Command}, {20, Command, kPointer}, {20, 0}, {100, Command}, {20, Command, kPointer}, {20, 0}}, 0},
-    Sequence{"aWheelTurnWhileHeldCancelsTheFirstTap", cmd, {{0, Command}, {50, 0}, {50, Command}, {20, Command, kPointer}, {20, 0}, {50, Command}, {50, 0}}, 0},
-    Sequence{"theMouseWhileNothingIsHeldDoesNotMatter", cmd, {{0, Command}, {50, 0}, {20, 0, kPointer}, {50, Command}, {50, 0}}, 1},
-    Sequence{"optionHeldForAClick", opt, {{0, Option}, {20, Option, kPointer}, {20, 0}, {100, Option}, {50, 0}}, 0},
-    Sequence{"optionTapsInCommandMode", cmd, {{0, Option}, {0, 0}, {100, Option}, {0, 0}}, 0},
-    Sequence{"optionMode", opt, {{0, Option}, {0, 0}, {100, Option}, {0, 0}}, 1},
-    Sequence{"commandTapsInOptionMode", opt, {{0, Command}, {0, 0}, {100, Command}, {0, 0}}, 0},
-    Sequence{"commandResetsAPendingOptionTap", opt, {{0, Option}, {0, 0}, {50, Command}, {0, 0}, {50, Option}, {0, 0}}, 0},
-    Sequence{"capsLockAndFnBetweenTapsDoNotReset", opt, {{0, Option}, {0, 0}, {50, CapsLock}, {50, Fn}, {0, 0}, {50, Option | CapsLock}, {0, CapsLock}}, 1},
-    Sequence{"releaseWithoutPressDoesNothing", cmd, {{0, 0}, {100, 0}}, 0}),
+    Sequence{"aKeyTypedWhileHeldCancelsTheTap", ctrlTap, {{0, ctrl}, {0, none}, {100, ctrl}, {50, ctrl, kC}, {50, none}}, 0},
+    Sequence{"ctrlAThenCtrlC", ctrlTap, {{0, ctrl}, {30, ctrl, kA}, {30, none}, {60, ctrl}, {30, ctrl, kC}, {30, none}}, 0},
+    Sequence{"aShortcutBeforeTwoTapsLeavesThem", ctrlTap, {{0, ctrl}, {30, ctrl, kC}, {30, none}, {100, ctrl}, {50, none}, {50, ctrl}, {50, none}}, 1},
+    Sequence{"clicksWhileHeld", ctrlTap, {{0, ctrl}, {20, ctrl, kPointer}, {20, none}, {100, ctrl}, {20, ctrl, kPointer}, {20, none}}, 0},
+    Sequence{"aWheelTurnWhileHeldCancelsTheFirstTap", ctrlTap, {{0, ctrl}, {50, none}, {50, ctrl}, {20, ctrl, kPointer}, {20, none}, {50, ctrl}, {50, none}}, 0},
+    Sequence{"theMouseWhileNothingIsHeldDoesNotMatter", ctrlTap, {{0, ctrl}, {50, none}, {20, none, kPointer}, {50, ctrl}, {50, none}}, 1},
+    Sequence{"altHeldForAClick", altTap, {{0, alt}, {20, alt, kPointer}, {20, none}, {100, alt}, {50, none}}, 0},
+    Sequence{"altTapsInCtrlMode", ctrlTap, {{0, alt}, {0, none}, {100, alt}, {0, none}}, 0},
+    Sequence{"altMode", altTap, {{0, alt}, {0, none}, {100, alt}, {0, none}}, 1},
+    Sequence{"ctrlTapsInAltMode", altTap, {{0, ctrl}, {0, none}, {100, ctrl}, {0, none}}, 0},
+    Sequence{"ctrlResetsAPendingAltTap", altTap, {{0, alt}, {0, none}, {50, ctrl}, {0, none}, {50, alt}, {0, none}}, 0},
+    Sequence{"capsLockAndFnBetweenTapsDoNotReset", altTap, {{0, alt}, {0, none}, {50, none}, {50, none}, {0, none}, {50, alt}, {0, none}}, 1},
+    Sequence{"releaseWithoutPressDoesNothing", ctrlTap, {{0, none}, {100, none}}, 0}),
     [](const auto& info) { return std::string(info.param.name); });
 
 INSTANTIATE_TEST_SUITE_P(CustomShortcut, DetectorSequences, testing::Values(
-    Sequence{"exactModifiers", custom, {{0, Control | Option, 40}}, 1},
-    Sequence{"extraModifierPrevents", custom, {{0, Control | Option | Shift, 40}}, 0},
-    Sequence{"capsLockIgnored", custom, {{0, Control | Option | CapsLock, 40}}, 1},
-    Sequence{"otherKey", custom, {{0, Control | Option, 41}}, 0},
-    Sequence{"missingModifier", custom, {{0, Control, 40}}, 0},
-    Sequence{"eachKeyDownActivates", custom, {{0, Control | Option, 40}, {500, Control | Option, 40}}, 2},
-    Sequence{"doubleTapsDoNothing", custom, {{0, Command}, {0, 0}, {100, Command}, {0, 0}}, 0}),
+    Sequence{"exactModifiers", custom, {{0, super | alt, kK}}, 1},
+    Sequence{"extraModifierPrevents", custom, {{0, super | alt | shift, kK}}, 0},
+    Sequence{"otherKey", custom, {{0, super | alt, kSemicolon}}, 0},
+    Sequence{"missingModifier", custom, {{0, super, kK}}, 0},
+    Sequence{"eachKeyDownActivates", custom, {{0, super | alt, kK}, {500, super | alt, kK}}, 2},
+    Sequence{"doubleTapsDoNothing", custom, {{0, ctrl}, {0, none}, {100, ctrl}, {0, none}}, 0}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(Detector, ShortcutWithoutAnyOfTheFourBitsMatchesTheBareKey)
@@ -126,8 +127,8 @@ TEST_F(Detector, ShortcutWithoutAnyOfTheFourBitsMatchesTheBareKey)
     settings.store().setInteger(SettingsKey::customHotkeyModifiers, 0x10000);
     create();
     service->start();
-    platform.keyDown(40, Command);
-    platform.keyDown(40, CapsLock);
+    platform.keyDown(kK, ctrl);
+    platform.keyDown(kK, none);
     EXPECT_EQ(activations(), 1);
 }
 
@@ -138,7 +139,7 @@ TEST_F(Detector, CustomModeWithoutShortcutIsActiveButNeverFires)
     EXPECT_FALSE(service->customShortcut);
     EXPECT_TRUE(service->start());
     EXPECT_TRUE(service->isActive());
-    platform.keyDown(40, Control | Option);
+    platform.keyDown(kK, super | alt);
     EXPECT_EQ(activations(), 0);
 }
 
@@ -146,7 +147,7 @@ TEST_F(Detector, CreationReadsSettingsAndInstallsNothing)
 {
     settings.store().setString(SettingsKey::hotkeyMode, "DoubleTapOption");
     create();
-    EXPECT_EQ(service->mode(), HotkeyMode::doubleTapCommand);
+    EXPECT_EQ(service->mode(), HotkeyMode::doubleTapCtrl);
     EXPECT_FALSE(platform.hasTap());
     EXPECT_FALSE(service->isPolling());
     EXPECT_FALSE(service->isActive());
@@ -156,7 +157,7 @@ TEST_F(Detector, ActivationIsAQueuedTaskThatNeedsTheService)
 {
     create();
     service->start();
-    type({{0, Command}, {0, 0}, {100, Command}, {0, 0}});
+    type({{0, ctrl}, {0, none}, {100, ctrl}, {0, none}});
     EXPECT_EQ(activated, 0); // not inside the tap's callback
     service.reset();
     EXPECT_EQ(activations(), 0);
@@ -216,7 +217,7 @@ TEST_F(Detector, SwitchingModesWhileActiveStoresTheModeAndPollsNothing)
     EXPECT_EQ(settings.reopened()->hotkeyModeText(), "customShortcut");
     EXPECT_TRUE(service->isActive());
     EXPECT_FALSE(service->isPolling()); // active: nothing to wait for
-    EXPECT_TRUE(service->setMode(HotkeyMode::doubleTapOption));
+    EXPECT_TRUE(service->setMode(HotkeyMode::doubleTapAlt));
     EXPECT_EQ(settings.reopened()->hotkeyModeText(), "doubleTapOption");
     EXPECT_FALSE(service->isPolling());
 }
@@ -225,21 +226,21 @@ TEST_F(Detector, WhereKeysAreHiddenTheDesktopWatchesTheCustomShortcut)
 {
     platform.refuseTap = true; // a Wayland session: no keys for Kestrio
     platform.desktopWatchesShortcuts = true;
-    CustomShortcut{49, Command | Shift}.save(settings.store());
+    saveCustomShortcut(KeyChord{ctrl | shift, Key::at(kSpace)}, settings.store());
     create();
 
     // A double tap is nothing a desktop's shortcut list can hold.
-    EXPECT_FALSE(service->setMode(HotkeyMode::doubleTapCommand));
-    EXPECT_TRUE(platform.desktopTrigger.isEmpty());
+    EXPECT_FALSE(service->setMode(HotkeyMode::doubleTapCtrl));
+    EXPECT_FALSE(platform.desktopShortcut);
 
     EXPECT_TRUE(service->setMode(HotkeyMode::customShortcut));
     EXPECT_TRUE(service->isActive());
-    EXPECT_EQ(platform.desktopTrigger, "CTRL+SHIFT+space");
+    EXPECT_EQ(platform.desktopShortcut, (KeyChord{ctrl | shift, Key::at(kSpace)}));
     platform.desktopActivated();
     EXPECT_EQ(activations(), 1);
 
     service->stop();
-    EXPECT_TRUE(platform.desktopTrigger.isEmpty()); // released with the detector
+    EXPECT_FALSE(platform.desktopShortcut); // released with the detector
     EXPECT_FALSE(platform.desktopActivated);
 
     platform.desktopWatchesShortcuts = false; // a desktop without the watch
@@ -251,12 +252,12 @@ TEST_F(Detector, StopDropsTheTapAndThePendingTapButNotTheFlag)
 {
     create();
     service->start();
-    type({{0, Command}, {0, 0}});
+    type({{0, ctrl}, {0, none}});
     service->stop();
     EXPECT_FALSE(platform.hasTap());
     EXPECT_TRUE(service->isActive());
     service->start();
-    type({{100, Command}, {0, 0}}); // the earlier tap was forgotten
+    type({{100, ctrl}, {0, none}}); // the earlier tap was forgotten
     EXPECT_EQ(activations(), 0);
     EXPECT_EQ(platform.tapsCreated, 2);
 }
@@ -268,7 +269,7 @@ TEST_F(Detector, ObservablesAnnounceOnlyChanges)
     QObject::connect(service.get(), &HotkeyService::isActiveChanged, [&] { ++changes; });
     service->start();
     service->start();
-    service->setMode(HotkeyMode::doubleTapOption);
+    service->setMode(HotkeyMode::doubleTapAlt);
     EXPECT_EQ(changes, 1);
 }
 

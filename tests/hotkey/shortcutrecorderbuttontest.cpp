@@ -14,7 +14,14 @@
 
 namespace {
 
-using namespace ModifierFlag;
+// Positions (Linux input codes) of the keys, and the modifiers.
+constexpr quint16 kA = 30, kK = 37, kSpace = 57, kEscape = 1, kBackSpace = 14, kShift = 42;
+constexpr Modifiers ctrl{Modifier::ctrl}, alt{Modifier::alt}, shift{Modifier::shift}, super{Modifier::super};
+
+KeyChord chord(Modifiers modifiers, quint16 position)
+{
+    return KeyChord{modifiers, Key::at(position)};
+}
 
 // X keycodes (evdev + 8) of the keys these tests press.
 enum Scan : quint32 { scanA = 38, scanK = 45, scanSpace = 65, scanEscape = 9, scanBackSpace = 22, scanShift = 50 };
@@ -22,7 +29,7 @@ enum Scan : quint32 { scanA = 38, scanK = 45, scanSpace = 65, scanEscape = 9, sc
 class Recorder : public testing::Test {
 protected:
     FakeKeyboardLayout layout;
-    std::optional<CustomShortcut> shortcut;
+    std::optional<KeyChord> shortcut;
     bool recording = false;
     QWidget window;
     QLineEdit* field = new QLineEdit(&window);
@@ -31,8 +38,8 @@ protected:
 
     Recorder()
     {
-        layout.characters = {{0, "a"}, {40, "k"}};
-        layout.scanCodes = {{scanA, 0}, {scanK, 40}, {scanSpace, 49}, {scanEscape, 53}, {scanBackSpace, 51}, {scanShift, 56}};
+        layout.characters = {{kA, "a"}, {kK, "k"}};
+        layout.scanCodes = {{scanA, kA}, {scanK, kK}, {scanSpace, kSpace}, {scanEscape, kEscape}, {scanBackSpace, kBackSpace}, {scanShift, kShift}};
         button = new ShortcutRecorderButton({[this] { return shortcut; }, [this](const auto& s) { shortcut = s; }},
                                             {[this] { return recording; }, [this](const bool& r) { recording = r; }},
                                             layout, &window);
@@ -71,7 +78,7 @@ TEST_F(Recorder, LabelsFollowTheBoundState)
 {
     EXPECT_EQ(button->text(), "Click to record");
     EXPECT_GE(button->minimumWidth(), 120);
-    shortcut = CustomShortcut{40, Control | Option};
+    shortcut = chord(super | alt, kK);
     button->refresh();
     EXPECT_EQ(button->text(), "Super+Alt+K");
     recording = true;
@@ -88,16 +95,16 @@ TEST_F(Recorder, RecordsTheKeyCodeAndOnlyTheFourModifierBits)
         Qt::KeyboardModifiers modifiers;
         quint32 scan;
         quint32 nativeModifiers;
-        CustomShortcut expected;
+        KeyChord expected;
         const char* label;
     };
     const Case cases[] = {
-        {"Shift+A", Qt::Key_A, Qt::ShiftModifier, scanA, 0x1, {0, Shift}, "Shift+A"},
+        {"Shift+A", Qt::Key_A, Qt::ShiftModifier, scanA, 0x1, chord(shift, kA), "Shift+A"},
         {"all four+Space", Qt::Key_Space, Qt::ShiftModifier | Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier,
-         scanSpace, 0x4d, {49, Shift | Control | Option | Command}, "Super+Ctrl+Alt+Shift+Space"},
+         scanSpace, 0x4d, chord(shift | super | alt | ctrl, kSpace), "Super+Ctrl+Alt+Shift+Space"},
         // Caps Lock (X's Lock bit) and the keypad flag never reach the shortcut.
-        {"Caps Lock+Super+K", Qt::Key_K, Qt::MetaModifier | Qt::KeypadModifier, scanK, 0x42, {40, Control}, "Super+K"},
-        {"Ctrl+K", Qt::Key_K, Qt::ControlModifier, scanK, 0x4, {40, Command}, "Ctrl+K"},
+        {"Caps Lock+Super+K", Qt::Key_K, Qt::MetaModifier | Qt::KeypadModifier, scanK, 0x42, chord(super, kK), "Super+K"},
+        {"Ctrl+K", Qt::Key_K, Qt::ControlModifier, scanK, 0x4, chord(ctrl, kK), "Ctrl+K"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -113,7 +120,7 @@ TEST_F(Recorder, RecordsTheKeyCodeAndOnlyTheFourModifierBits)
 
 TEST_F(Recorder, KeysWithoutAModifierAreSwallowedAtTheRecorderAndGoOnElsewhere)
 {
-    shortcut = CustomShortcut{40, Command};
+    shortcut = chord(ctrl, kK);
     button->refresh();
     arm();
     ASSERT_EQ(QApplication::focusWidget(), button);
@@ -123,7 +130,7 @@ TEST_F(Recorder, KeysWithoutAModifierAreSwallowedAtTheRecorderAndGoOnElsewhere)
     press(Qt::Key_Shift, Qt::ShiftModifier, scanShift); // a modifier alone records nothing
     EXPECT_TRUE(recording);
     EXPECT_EQ(button->text(), "Press shortcut…");
-    EXPECT_EQ(shortcut, (CustomShortcut{40, Command}));
+    EXPECT_EQ(shortcut, (chord(ctrl, kK)));
 
     // Typing elsewhere (a search panel opened meanwhile) is not the recorder's.
     field->setFocus();
@@ -133,17 +140,17 @@ TEST_F(Recorder, KeysWithoutAModifierAreSwallowedAtTheRecorderAndGoOnElsewhere)
     // What would make a shortcut is the recorder's, wherever it was aimed.
     press(Qt::Key_A, Qt::ControlModifier, scanA);
     EXPECT_FALSE(recording);
-    EXPECT_EQ(shortcut, (CustomShortcut{0, Command}));
+    EXPECT_EQ(shortcut, (chord(ctrl, kA)));
     EXPECT_EQ(field->text(), "a");
 }
 
-// Right Alt counts as Option for the recorder as for the detector, also where
+// Right Alt counts as Alt for the recorder as for the detector, also where
 // the layout makes it AltGr (Qt's group switch).
-TEST_F(Recorder, RightAltRecordsAsOption)
+TEST_F(Recorder, RightAltRecordsAsAlt)
 {
     arm();
     press(Qt::Key_K, Qt::GroupSwitchModifier, scanK, QString::fromUtf8("ĸ"));
-    EXPECT_EQ(shortcut, (CustomShortcut{40, Option}));
+    EXPECT_EQ(shortcut, (chord(alt, kK)));
 }
 
 // The host stores the shortcut and renders again before recording is turned
@@ -175,7 +182,7 @@ TEST_F(Recorder, TheRecordedKeysReleaseReachesNobody)
     ASSERT_EQ(QApplication::focusWidget(), host);
     QKeyEvent down(QEvent::KeyPress, Qt::Key_K, Qt::ControlModifier, scanK, 0, 0x4);
     QApplication::sendEvent(host, &down);
-    ASSERT_EQ(shortcut, (CustomShortcut{40, Command}));
+    ASSERT_EQ(shortcut, (chord(ctrl, kK)));
     QKeyEvent up(QEvent::KeyRelease, Qt::Key_K, Qt::ControlModifier, scanK, 0, 0x4);
     QApplication::sendEvent(host, &up);
     EXPECT_EQ(count.releases, 0);
@@ -186,7 +193,7 @@ TEST_F(Recorder, TheRecordedKeysReleaseReachesNobody)
 
 TEST_F(Recorder, ASecondClickCancelsWithoutChangingTheShortcut)
 {
-    shortcut = CustomShortcut{0, Shift};
+    shortcut = chord(shift, kA);
     button->refresh();
     arm();
     QTest::mouseClick(button, Qt::LeftButton);
@@ -194,7 +201,7 @@ TEST_F(Recorder, ASecondClickCancelsWithoutChangingTheShortcut)
     EXPECT_FALSE(button->capture().isRecordingEnabled());
     EXPECT_EQ(button->text(), "Shift+A");
     press(Qt::Key_K, Qt::MetaModifier, scanK);
-    EXPECT_EQ(shortcut, (CustomShortcut{0, Shift}));
+    EXPECT_EQ(shortcut, (chord(shift, kA)));
 }
 
 TEST_F(Recorder, NoShortcutOfTheApplicationFiresWhileArmed)
@@ -205,7 +212,7 @@ TEST_F(Recorder, NoShortcutOfTheApplicationFiresWhileArmed)
     arm();
     press(Qt::Key_K, Qt::ControlModifier, scanK);
     EXPECT_EQ(fired, 0);
-    EXPECT_EQ(shortcut, (CustomShortcut{40, Command}));
+    EXPECT_EQ(shortcut, (chord(ctrl, kK)));
     QTest::keyClick(&window, Qt::Key_K, Qt::ControlModifier);
     EXPECT_EQ(fired, 1); // not armed any more
 }
@@ -225,12 +232,12 @@ TEST_F(Recorder, ClosingTheWindowStopsRecording)
     EXPECT_EQ(other.text(), "a"); // other windows have their keys again
 }
 
-TEST(ShortcutKeyCapture, ModifierFlagsOfQtModifiers)
+TEST(ShortcutKeyCapture, ModifiersOfQtModifiers)
 {
-    EXPECT_EQ(ShortcutKeyCapture::modifierFlags(Qt::NoModifier), 0u);
-    EXPECT_EQ(ShortcutKeyCapture::modifierFlags(Qt::MetaModifier), Control);
-    EXPECT_EQ(ShortcutKeyCapture::modifierFlags(Qt::ControlModifier), Command);
-    EXPECT_EQ(ShortcutKeyCapture::modifierFlags(Qt::AltModifier | Qt::KeypadModifier | Qt::GroupSwitchModifier), Option);
+    EXPECT_EQ(ShortcutKeyCapture::modifiersOf(Qt::NoModifier), Modifiers());
+    EXPECT_EQ(ShortcutKeyCapture::modifiersOf(Qt::MetaModifier), super);
+    EXPECT_EQ(ShortcutKeyCapture::modifiersOf(Qt::ControlModifier), ctrl);
+    EXPECT_EQ(ShortcutKeyCapture::modifiersOf(Qt::AltModifier | Qt::KeypadModifier | Qt::GroupSwitchModifier), alt);
 }
 
 } // namespace

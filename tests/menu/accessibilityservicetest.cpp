@@ -40,9 +40,14 @@ void PrintTo(const Row& r, std::ostream* os)
     *os << r.path.toStdString() << " [" << r.shortcut.value_or("-").toStdString() << "]" << (r.enabled ? "" : " disabled");
 }
 
-MenuNode withShortcut(MenuNode item, std::optional<QString> character, std::optional<qint64> virtualKey, qint64 modifiers)
+MenuNode withShortcut(MenuNode item, Modifiers modifiers, const QString& character)
 {
-    return E::withShortcut(std::move(item), MenuKeyEquivalent{modifiers, std::move(character), virtualKey});
+    return E::withShortcut(std::move(item), KeyChord{modifiers, Key{0, std::nullopt, character}});
+}
+
+MenuNode withShortcut(MenuNode item, Modifiers modifiers, NamedKey key)
+{
+    return E::withShortcut(std::move(item), KeyChord{modifiers, Key{0, key, {}}});
 }
 
 MenuNode ofKind(MenuNode::Kind kind, const QString& title)
@@ -66,8 +71,8 @@ TEST_F(AccessibilityServiceTest, WalksMenusDepthFirstWithPathsShortcutsAndStates
     const MenuNode disabled = E::item("Paste", false);
     addEditor({
         E::menu("File", {
-            withShortcut(E::item("Save"), "s", std::nullopt, 0),
-            withShortcut(E::item("Save As…"), "s", std::nullopt, 1),
+            withShortcut(E::item("Save"), Modifier::ctrl, "s"),
+            withShortcut(E::item("Save As…"), Modifier::ctrl | Modifier::shift, "s"),
             E::separator(),
             E::menu("Recent", {E::item("a.txt"), E::separator(), E::item("Clear")}),
             E::item(""), // no title: nothing to find it by
@@ -76,8 +81,8 @@ TEST_F(AccessibilityServiceTest, WalksMenusDepthFirstWithPathsShortcutsAndStates
         }),
         E::menu("", {E::item("Hidden")}), // no title: skipped
         E::item("Stray"),                  // a command on the bar itself, where menus belong: skipped
-        E::menu("Edit", {disabled, withShortcut(E::item("Close"), std::nullopt, 53, 8)}),
-        E::menu("View", {withShortcut(E::item("Full Screen"), "", 122, 0)}),
+        E::menu("Edit", {disabled, withShortcut(E::item("Close"), {}, NamedKey::escape)}),
+        E::menu("View", {withShortcut(E::item("Full Screen"), Modifier::ctrl, *functionKey(1))}),
     });
 
     const QList<MenuItem> items = service.getMenuItems(kEditor);
@@ -90,7 +95,7 @@ TEST_F(AccessibilityServiceTest, WalksMenusDepthFirstWithPathsShortcutsAndStates
         {"File → Insert Mode", std::nullopt, true},
         {"Edit → Paste", std::nullopt, false},
         {"Edit → Close", "Esc", true},
-        {"View → Full Screen", "Ctrl+F1", true}, // an empty character falls back to the virtual key
+        {"View → Full Screen", "Ctrl+F1", true},
     }));
     ASSERT_EQ(items.size(), 9);
     EXPECT_EQ(items[0].appName, "Editor");

@@ -614,7 +614,7 @@ void AtspiMenuReader::settleVisibility(const AtspiRef& menuBar)
     honourVisible_ = !any;
 }
 
-std::optional<MenuKeyEquivalent> AtspiMenuReader::drawnShortcut(const Node& item, const NameAndShortcut& named) const
+std::optional<KeyChord> AtspiMenuReader::drawnShortcut(const Node& item, const NameAndShortcut& named) const
 {
     if (named.key)
         return named.key;

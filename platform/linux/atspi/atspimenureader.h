@@ -102,7 +102,7 @@ private:
     bool hidden(const Node& node) const;
     // A shortcut the item draws rather than reports in its key binding: in
     // its name after a tab (`named`, as split), else in a label among its children.
-    std::optional<MenuKeyEquivalent> drawnShortcut(const Node& item, const NameAndShortcut& named) const;
+    std::optional<KeyChord> drawnShortcut(const Node& item, const NameAndShortcut& named) const;
 
     AtspiObjects& objects_;
     const Clock& clock_;

@@ -1,19 +1,15 @@
 #include "platform/linux/evdev/evdevkeystate.h"
 
-#include "hotkey/hotkeymode.h"
-#include "platform/linux/evdev/evdevkeymap.h"
 
 namespace {
 
-// evdev codes of the modifier keys.
-constexpr int kLeftCtrl = 29, kRightCtrl = 97, kLeftShift = 42, kRightShift = 54, kLeftAlt = 56, kRightAlt = 100,
-              kLeftMeta = 125, kRightMeta = 126, kCapsLock = 58;
+using namespace KeyPosition;
 
 bool isModifier(int code)
 {
     switch (code) {
-    case kLeftCtrl: case kRightCtrl: case kLeftShift: case kRightShift: case kLeftAlt: case kRightAlt:
-    case kLeftMeta: case kRightMeta: case kCapsLock:
+    case leftCtrl: case rightCtrl: case leftShift: case rightShift: case leftAlt: case rightAlt:
+    case leftSuper: case rightSuper: case capsLock:
         return true;
     default:
         return false;
@@ -22,18 +18,18 @@ bool isModifier(int code)
 
 } // namespace
 
-quint64 EvdevKeyState::currentFlags() const
+Modifiers EvdevKeyState::held() const
 {
-    quint64 flags = capsLock_ ? ModifierFlag::CapsLock : 0;
-    if (down_.contains(kLeftShift) || down_.contains(kRightShift))
-        flags |= ModifierFlag::Shift;
-    if (down_.contains(kLeftCtrl) || down_.contains(kRightCtrl))
-        flags |= ModifierFlag::Command;
-    if (down_.contains(kLeftAlt) || down_.contains(kRightAlt))
-        flags |= ModifierFlag::Option;
-    if (down_.contains(kLeftMeta) || down_.contains(kRightMeta))
-        flags |= ModifierFlag::Control;
-    return flags;
+    Modifiers held;
+    if (down_.contains(leftShift) || down_.contains(rightShift))
+        held |= Modifier::shift;
+    if (down_.contains(leftCtrl) || down_.contains(rightCtrl))
+        held |= Modifier::ctrl;
+    if (down_.contains(leftAlt) || down_.contains(rightAlt))
+        held |= Modifier::alt;
+    if (down_.contains(leftSuper) || down_.contains(rightSuper))
+        held |= Modifier::super;
+    return held;
 }
 
 std::optional<KeyEvent> EvdevKeyState::translate(int evdevCode, bool pressed)
@@ -46,13 +42,11 @@ std::optional<KeyEvent> EvdevKeyState::translate(int evdevCode, bool pressed)
         down_.insert(evdevCode);
     else
         down_.remove(evdevCode);
-    if (evdevCode == kCapsLock && pressed)
-        capsLock_ = !capsLock_;
     if (isModifier(evdevCode))
-        return KeyEvent{KeyEvent::flagsChanged, currentFlags(), 0};
-    if (!pressed)
+        return KeyEvent{KeyEvent::Kind::modifiersChanged, held(), 0};
+    if (!pressed || evdevCode < 0 || evdevCode > 0xFFFF)
         return std::nullopt;
-    return KeyEvent{KeyEvent::keyDown, currentFlags(), EvdevKeyMap::virtualKeyCode(evdevCode)};
+    return KeyEvent{KeyEvent::Kind::keyDown, held(), quint16(evdevCode)};
 }
 
 void EvdevKeyState::clear()

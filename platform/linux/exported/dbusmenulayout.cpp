@@ -112,7 +112,7 @@ std::optional<QList<ExportedMenuNode>> DbusmenuLayout::read(const QDBusArgument&
     return entries;
 }
 
-std::optional<MenuKeyEquivalent> DbusmenuLayout::translateShortcut(const QList<QStringList>& chords)
+std::optional<KeyChord> DbusmenuLayout::translateShortcut(const QList<QStringList>& chords)
 {
     // The same key names as GTK's accelerators, one modifier per entry.
     if (chords.isEmpty() || chords.first().isEmpty())

@@ -15,5 +15,5 @@ public:
                                                        const QString& path);
 
     // A dbusmenu "shortcut" property ([["Control", "Shift", "s"]]): its first chord.
-    static std::optional<MenuKeyEquivalent> translateShortcut(const QList<QStringList>& chords);
+    static std::optional<KeyChord> translateShortcut(const QList<QStringList>& chords);
 };

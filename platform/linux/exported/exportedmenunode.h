@@ -34,7 +34,7 @@ public:
 // One entry of an exported menu, as read: a command, or a submenu holding more.
 struct ExportedMenuNode {
     QString label; // mnemonic marks removed
-    std::optional<MenuKeyEquivalent> key;
+    std::optional<KeyChord> key;
     bool enabled = true;
     bool isSubmenu = false;
     std::optional<ExportedPress> press; // commands only; none when it cannot be pressed from outside

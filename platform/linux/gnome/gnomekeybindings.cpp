@@ -71,26 +71,15 @@ const QStringList& bindingSchemas()
     return schemas;
 }
 
-QString acceleratorOf(const QString& trigger)
+QString acceleratorOf(const DesktopKeys& keys)
 {
-    const QStringList parts = trigger.split(u'+');
-    if (parts.size() < 1 || parts.last().isEmpty())
-        return {};
     QString accelerator;
-    for (qsizetype i = 0; i + 1 < parts.size(); ++i) {
-        const QString part = parts[i].toUpper();
-        if (part == QLatin1String("CTRL"))
-            accelerator += QStringLiteral("<Control>");
-        else if (part == QLatin1String("ALT"))
-            accelerator += QStringLiteral("<Alt>");
-        else if (part == QLatin1String("SHIFT"))
-            accelerator += QStringLiteral("<Shift>");
-        else if (part == QLatin1String("LOGO"))
-            accelerator += QStringLiteral("<Super>");
-        else
-            return {};
+    for (const auto& [modifier, word] : {std::pair{Modifier::ctrl, "<Control>"}, std::pair{Modifier::alt, "<Alt>"},
+                                         std::pair{Modifier::shift, "<Shift>"}, std::pair{Modifier::super, "<Super>"}}) {
+        if (keys.modifiers.testFlag(modifier))
+            accelerator += QString::fromLatin1(word);
     }
-    return accelerator + parts.last();
+    return accelerator + keys.keysym;
 }
 
 QString canonical(const QString& accelerator)

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/linux/xkb/desktopkeys.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -21,9 +23,8 @@ inline constexpr char kOwnPath[] = "/org/gnome/settings-daemon/plugins/media-key
 // manager, the settings daemon): a shortcut one of them holds is taken.
 const QStringList& bindingSchemas();
 
-// "CTRL+ALT+space" (the shortcut portal's words, as Kestrio names its
-// shortcut) as GNOME writes it: "<Control><Alt>space"; empty when it is none.
-QString acceleratorOf(const QString& trigger);
+// The keys as GNOME writes them: "<Control><Alt>space".
+QString acceleratorOf(const DesktopKeys& keys);
 // A form two accelerators that mean the same keys share ("<Primary><Alt>Space"
 // and "<Alt><Control>space"); empty for what is no accelerator.
 QString canonical(const QString& accelerator);

@@ -66,17 +66,13 @@ bool GnomeShortcut::isCurrent(const Request& request) const
     return request.generation == generation_;
 }
 
-void GnomeShortcut::bind(const QString& trigger, bool replace, Done done)
+void GnomeShortcut::bind(const DesktopKeys& keys, bool replace, Done done)
 {
     auto request = std::make_shared<Request>();
     request->generation = ++generation_;
-    request->accelerator = acceleratorOf(trigger);
+    request->accelerator = acceleratorOf(keys);
     request->replace = replace;
     request->done = std::move(done);
-    if (request->accelerator.isEmpty()) {
-        request->done(refused(QStringLiteral("GNOME cannot bind this shortcut; record another one.")));
-        return;
-    }
     // The list of custom shortcuts first: Kestrio's own may be there already.
     run({QStringLiteral("get"), QString::fromLatin1(kMediaKeysSchema), QString::fromLatin1(kCustomListKey)},
         [this, request](bool ok, const QString& output) {

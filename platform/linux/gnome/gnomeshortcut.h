@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/hotkeyplatform.h"
+#include "platform/linux/xkb/desktopkeys.h"
 
 #include <QObject>
 
@@ -26,9 +27,9 @@ public:
     static bool isAvailable();
 
     using Done = std::function<void(const DesktopShortcutState&)>;
-    // Makes `trigger` ("CTRL+ALT+space") open Kestrio; with `replace`, also
-    // where Kestrio's entry holds other keys the user gave it in GNOME.
-    void bind(const QString& trigger, bool replace, Done done);
+    // Makes `keys` open Kestrio; with `replace`, also where Kestrio's entry
+    // holds other keys the user gave it in GNOME.
+    void bind(const DesktopKeys& keys, bool replace, Done done);
     // Takes Kestrio's entry out; the user's other shortcuts stay.
     void forget(Done done = {});
 

@@ -8,6 +8,8 @@
 #include <QHash>
 #include <QKeySequence>
 
+#include <xkbcommon/xkbcommon.h>
+
 namespace {
 
 const QString kPath = QStringLiteral("/kglobalaccel");
@@ -45,48 +47,42 @@ KdeGlobalShortcut::~KdeGlobalShortcut()
     stopListening();
 }
 
-int KdeGlobalShortcut::keyOf(const QString& trigger)
+int KdeGlobalShortcut::keyOf(const DesktopKeys& keys)
 {
-    // Keysym names (the trigger's words for keys) that are not Qt's names.
+    // Keys that type nothing, by their keysym names.
     static const QHash<QString, int> named{
         {QStringLiteral("space"), Qt::Key_Space},       {QStringLiteral("Return"), Qt::Key_Return},
-        {QStringLiteral("Tab"), Qt::Key_Tab},           {QStringLiteral("BackSpace"), Qt::Key_Backspace},
-        {QStringLiteral("Escape"), Qt::Key_Escape},     {QStringLiteral("Delete"), Qt::Key_Delete},
-        {QStringLiteral("Home"), Qt::Key_Home},         {QStringLiteral("End"), Qt::Key_End},
-        {QStringLiteral("Page_Up"), Qt::Key_PageUp},    {QStringLiteral("Page_Down"), Qt::Key_PageDown},
-        {QStringLiteral("Left"), Qt::Key_Left},         {QStringLiteral("Right"), Qt::Key_Right},
-        {QStringLiteral("Up"), Qt::Key_Up},             {QStringLiteral("Down"), Qt::Key_Down},
-        {QStringLiteral("comma"), Qt::Key_Comma},       {QStringLiteral("period"), Qt::Key_Period},
-        {QStringLiteral("slash"), Qt::Key_Slash},       {QStringLiteral("semicolon"), Qt::Key_Semicolon},
-        {QStringLiteral("apostrophe"), Qt::Key_Apostrophe}, {QStringLiteral("bracketleft"), Qt::Key_BracketLeft},
-        {QStringLiteral("bracketright"), Qt::Key_BracketRight}, {QStringLiteral("minus"), Qt::Key_Minus},
-        {QStringLiteral("equal"), Qt::Key_Equal},       {QStringLiteral("grave"), Qt::Key_QuoteLeft},
-        {QStringLiteral("backslash"), Qt::Key_Backslash},
+        {QStringLiteral("KP_Enter"), Qt::Key_Enter},    {QStringLiteral("Tab"), Qt::Key_Tab},
+        {QStringLiteral("BackSpace"), Qt::Key_Backspace}, {QStringLiteral("Escape"), Qt::Key_Escape},
+        {QStringLiteral("Delete"), Qt::Key_Delete},     {QStringLiteral("Home"), Qt::Key_Home},
+        {QStringLiteral("End"), Qt::Key_End},           {QStringLiteral("Page_Up"), Qt::Key_PageUp},
+        {QStringLiteral("Page_Down"), Qt::Key_PageDown}, {QStringLiteral("Left"), Qt::Key_Left},
+        {QStringLiteral("Right"), Qt::Key_Right},       {QStringLiteral("Up"), Qt::Key_Up},
+        {QStringLiteral("Down"), Qt::Key_Down},         {QStringLiteral("Help"), Qt::Key_Help},
     };
-    const QStringList parts = trigger.split(u'+');
-    const QString name = parts.last();
+    const QString& name = keys.keysym;
     int key = named.value(name);
-    if (!key && name.size() == 1 && name[0].isLetterOrNumber() && name[0].unicode() < 0x80)
-        key = name[0].toUpper().unicode(); // Qt numbers letters and digits as their capitals
+    if (!key) {
+        // Any other key by what it types: Qt numbers letters as their capitals.
+        const xkb_keysym_t keysym = xkb_keysym_from_name(name.toUtf8().constData(), XKB_KEYSYM_NO_FLAGS);
+        const uint32_t typed = keysym == XKB_KEY_NoSymbol ? 0 : xkb_keysym_to_utf32(keysym);
+        if (typed > 0x20 && typed < 0xFFFF && QChar(char16_t(typed)).isPrint())
+            key = QChar(char16_t(typed)).toUpper().unicode();
+    }
     if (!key && name.size() >= 2 && name.size() <= 3 && name[0] == u'F') {
         const int number = name.mid(1).toInt();
         key = number >= 1 && number <= 35 ? Qt::Key_F1 + number - 1 : 0;
     }
     if (!key)
         return 0;
-    for (qsizetype i = 0; i + 1 < parts.size(); ++i) {
-        const QString modifier = parts[i].toUpper();
-        if (modifier == QLatin1String("CTRL"))
-            key |= Qt::ControlModifier;
-        else if (modifier == QLatin1String("ALT"))
-            key |= Qt::AltModifier;
-        else if (modifier == QLatin1String("SHIFT"))
-            key |= Qt::ShiftModifier;
-        else if (modifier == QLatin1String("LOGO"))
-            key |= Qt::MetaModifier;
-        else
-            return 0;
-    }
+    if (keys.modifiers.testFlag(Modifier::ctrl))
+        key |= Qt::ControlModifier;
+    if (keys.modifiers.testFlag(Modifier::alt))
+        key |= Qt::AltModifier;
+    if (keys.modifiers.testFlag(Modifier::shift))
+        key |= Qt::ShiftModifier;
+    if (keys.modifiers.testFlag(Modifier::super))
+        key |= Qt::MetaModifier;
     return key;
 }
 
@@ -126,13 +122,13 @@ void KdeGlobalShortcut::ask(const QString& method, const QVariantList& arguments
     });
 }
 
-void KdeGlobalShortcut::bind(const QString& trigger, bool replace, std::function<void()> activated, Changed changed)
+void KdeGlobalShortcut::bind(const DesktopKeys& keys, bool replace, std::function<void()> activated, Changed changed)
 {
     stopListening();
     ++generation_;
     activated_ = std::move(activated);
     changed_ = std::move(changed);
-    const int key = keyOf(trigger);
+    const int key = keyOf(keys);
     if (!key) {
         changed_(refused(QStringLiteral("KDE Plasma cannot bind this shortcut; record another one.")));
         return;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/hotkeyplatform.h"
+#include "platform/linux/xkb/desktopkeys.h"
 
 #include <QDBusConnection>
 #include <QObject>
@@ -30,18 +31,18 @@ public:
     ~KdeGlobalShortcut() override;
 
     using Changed = std::function<void(const DesktopShortcutState&)>;
-    // Makes `trigger` ("CTRL+ALT+space") open Kestrio; with `replace`, also
+    // Makes `keys` open Kestrio; with `replace`, also
     // where the user gave Kestrio other keys in System Settings. `activated`
     // runs on each press; `changed` hears what Plasma made of it, then of
     // every change made in System Settings.
-    void bind(const QString& trigger, bool replace, std::function<void()> activated, Changed changed);
+    void bind(const DesktopKeys& keys, bool replace, std::function<void()> activated, Changed changed);
     // Stops listening; the keys stay Kestrio's in System Settings.
     void release();
     // Takes Kestrio's action out of Plasma's shortcuts; the others stay.
     void forget();
 
-    // Plasma's key numbers (Qt's: modifiers plus key) for a trigger; 0 when it names none.
-    static int keyOf(const QString& trigger);
+    // Plasma's key number (Qt's: modifiers plus key) for the keys; 0 when it has none.
+    static int keyOf(const DesktopKeys& keys);
     // A key number as people read it: "Ctrl+Alt+Space".
     static QString readable(int key);
     // The holder of a key as the service names it (component, action,

@@ -7,39 +7,42 @@
 
 namespace {
 
-constexpr qint64 kShift = 1, kOption = 2, kControl = 4, kNoCommand = 8;
-
-// Named keys that menus show by the virtual-key table rather than a character.
-const QHash<QString, qint64>& namedVirtualKeys()
+// Keys that menus name rather than show by what they type.
+std::optional<NamedKey> namedKey(const QString& name)
 {
-    static const QHash<QString, qint64> keys{
+    static const QHash<QString, NamedKey> keys{
         // GTK (X keysym names)
-        {"Return", 36}, {"KP_Enter", 36}, {"Tab", 48}, {"ISO_Left_Tab", 48}, {"space", 49}, {"BackSpace", 51},
-        {"Escape", 53}, {"Delete", 117}, {"KP_Delete", 117}, {"Home", 115}, {"KP_Home", 115}, {"End", 119},
-        {"KP_End", 119}, {"Page_Up", 116}, {"Prior", 116}, {"KP_Page_Up", 116}, {"Page_Down", 121}, {"Next", 121},
-        {"KP_Page_Down", 121}, {"Left", 123}, {"KP_Left", 123}, {"Right", 124}, {"KP_Right", 124}, {"Down", 125},
-        {"KP_Down", 125}, {"Up", 126}, {"KP_Up", 126}, {"Help", 114},
+        {"Return", NamedKey::returnKey}, {"KP_Enter", NamedKey::enter}, {"Tab", NamedKey::tab},
+        {"ISO_Left_Tab", NamedKey::tab}, {"space", NamedKey::space}, {"BackSpace", NamedKey::backspace},
+        {"Escape", NamedKey::escape}, {"Delete", NamedKey::deleteForward}, {"KP_Delete", NamedKey::deleteForward},
+        {"Home", NamedKey::home}, {"KP_Home", NamedKey::home}, {"End", NamedKey::end}, {"KP_End", NamedKey::end},
+        {"Page_Up", NamedKey::pageUp}, {"Prior", NamedKey::pageUp}, {"KP_Page_Up", NamedKey::pageUp},
+        {"Page_Down", NamedKey::pageDown}, {"Next", NamedKey::pageDown}, {"KP_Page_Down", NamedKey::pageDown},
+        {"Left", NamedKey::left}, {"KP_Left", NamedKey::left}, {"Right", NamedKey::right},
+        {"KP_Right", NamedKey::right}, {"Down", NamedKey::down}, {"KP_Down", NamedKey::down}, {"Up", NamedKey::up},
+        {"KP_Up", NamedKey::up}, {"Help", NamedKey::help},
         // Qt (portable key names) where they differ
-        {"Enter", 36}, {"Backtab", 48}, {"Space", 49}, {"Backspace", 51}, {"Esc", 53}, {"Del", 117},
-        {"PgUp", 116}, {"PgDown", 121},
-        // Function keys
-        {"F1", 122}, {"F2", 120}, {"F3", 99}, {"F4", 118}, {"F5", 96}, {"F6", 97}, {"F7", 98}, {"F8", 100},
-        {"F9", 101}, {"F10", 109}, {"F11", 103}, {"F12", 111}, {"F13", 105}, {"F14", 107}, {"F15", 113},
+        {"Enter", NamedKey::enter}, {"Backtab", NamedKey::tab}, {"Space", NamedKey::space},
+        {"Backspace", NamedKey::backspace}, {"Esc", NamedKey::escape}, {"Del", NamedKey::deleteForward},
+        {"PgUp", NamedKey::pageUp}, {"PgDown", NamedKey::pageDown},
     };
-    return keys;
+    if (const auto it = keys.constFind(name); it != keys.constEnd())
+        return *it;
+    if (name.size() >= 2 && name.size() <= 3 && name[0] == u'F' && name[1] != u'0') {
+        bool ok = false;
+        const int number = name.mid(1).toInt(&ok);
+        if (ok)
+            return functionKey(number);
+    }
+    return std::nullopt;
 }
 
-qint64 maskFor(bool shift, bool option, bool control, bool command)
+std::optional<KeyChord> keyEquivalent(Modifiers modifiers, const QString& keyName, bool keysymNames)
 {
-    return (shift ? kShift : 0) | (option ? kOption : 0) | (control ? kControl : 0) | (command ? 0 : kNoCommand);
-}
-
-std::optional<MenuKeyEquivalent> keyEquivalent(qint64 mask, const QString& keyName, bool keysymNames)
-{
-    if (const auto it = namedVirtualKeys().constFind(keyName); it != namedVirtualKeys().constEnd())
-        return MenuKeyEquivalent{mask, std::nullopt, *it};
+    if (const std::optional<NamedKey> named = namedKey(keyName))
+        return KeyChord{modifiers, Key{0, named, {}}};
     if (keyName.size() == 1 || (keyName.size() == 2 && keyName[0].isHighSurrogate()))
-        return MenuKeyEquivalent{mask, keyName, std::nullopt};
+        return KeyChord{modifiers, Key{0, std::nullopt, keyName}};
     if (!keysymNames)
         return std::nullopt;
     // Any other keysym name ("plus", "KP_Add", "udiaeresis"): the character it types.
@@ -50,14 +53,14 @@ std::optional<MenuKeyEquivalent> keyEquivalent(qint64 mask, const QString& keyNa
     const QString character = QString::fromUtf8(utf8);
     if (character.isEmpty() || !character[0].isPrint())
         return std::nullopt;
-    return MenuKeyEquivalent{mask, character, std::nullopt};
+    return KeyChord{modifiers, Key{0, std::nullopt, character}};
 }
 
 } // namespace
 
-std::optional<MenuKeyEquivalent> translateGtkAccelerator(const QString& accelerator)
+std::optional<KeyChord> translateGtkAccelerator(const QString& accelerator)
 {
-    bool shift = false, option = false, control = false, command = false;
+    Modifiers modifiers;
     QStringView rest(accelerator);
     rest = rest.trimmed();
     while (rest.startsWith(u'<')) {
@@ -65,25 +68,25 @@ std::optional<MenuKeyEquivalent> translateGtkAccelerator(const QString& accelera
         if (close < 0)
             return std::nullopt;
         const QStringView modifier = rest.mid(1, close - 1);
-        // Ctrl plays Command's part on Linux and Super plays Control's.
+        // <Primary> is Ctrl on Linux.
         if (modifier.compare(u"Primary", Qt::CaseInsensitive) == 0 || modifier.compare(u"Control", Qt::CaseInsensitive) == 0
             || modifier.compare(u"Ctrl", Qt::CaseInsensitive) == 0 || modifier.compare(u"Ctl", Qt::CaseInsensitive) == 0)
-            command = true;
+            modifiers |= Modifier::ctrl;
         else if (modifier.compare(u"Shift", Qt::CaseInsensitive) == 0 || modifier.compare(u"Shft", Qt::CaseInsensitive) == 0)
-            shift = true;
+            modifiers |= Modifier::shift;
         else if (modifier.compare(u"Alt", Qt::CaseInsensitive) == 0 || modifier.compare(u"Mod1", Qt::CaseInsensitive) == 0)
-            option = true;
+            modifiers |= Modifier::alt;
         else if (modifier.compare(u"Super", Qt::CaseInsensitive) == 0 || modifier.compare(u"Meta", Qt::CaseInsensitive) == 0
                  || modifier.compare(u"Hyper", Qt::CaseInsensitive) == 0 || modifier.compare(u"Mod4", Qt::CaseInsensitive) == 0)
-            control = true;
+            modifiers |= Modifier::super;
         rest = rest.mid(close + 1);
     }
     if (rest.isEmpty())
         return std::nullopt;
-    return keyEquivalent(maskFor(shift, option, control, command), rest.toString(), true);
+    return keyEquivalent(modifiers, rest.toString(), true);
 }
 
-std::optional<MenuKeyEquivalent> translateQtShortcut(const QString& shortcut, const QString& itemName)
+std::optional<KeyChord> translateQtShortcut(const QString& shortcut, const QString& itemName)
 {
     // Only the first chord of a sequence such as "Ctrl+K, Ctrl+C" fits a menu's key equivalent.
     QString chord = shortcut.trimmed();
@@ -103,30 +106,30 @@ std::optional<MenuKeyEquivalent> translateQtShortcut(const QString& shortcut, co
         key = chord.mid(plus + 1);
         modifiers = plus < 0 ? QString() : chord.left(plus + 1);
     }
-    bool shift = false, option = false, control = false, command = false;
+    Modifiers held;
     for (const QString& m : modifiers.split(u'+', Qt::SkipEmptyParts)) {
         if (m == QLatin1String("Ctrl"))
-            command = true;
+            held |= Modifier::ctrl;
         else if (m == QLatin1String("Shift"))
-            shift = true;
+            held |= Modifier::shift;
         else if (m == QLatin1String("Alt"))
-            option = true;
+            held |= Modifier::alt;
         else if (m == QLatin1String("Meta"))
-            control = true;
+            held |= Modifier::super;
         else
             return std::nullopt;
     }
     // With no shortcut, Qt reports the item's mnemonic as Alt plus its letter.
-    const std::optional<MenuKeyEquivalent> translated = keyEquivalent(maskFor(shift, option, control, command), key, false);
+    const std::optional<KeyChord> translated = keyEquivalent(held, key, false);
     if (translated && isMnemonicOf(*translated, itemName))
         return std::nullopt;
     return translated;
 }
 
-bool isMnemonicOf(const MenuKeyEquivalent& key, const QString& itemName)
+bool isMnemonicOf(const KeyChord& key, const QString& itemName)
 {
-    return key.modifiers == (kOption | kNoCommand) && key.character && key.character->size() == 1
-        && itemName.contains(*key.character, Qt::CaseInsensitive);
+    return key.modifiers == Modifier::alt && !key.key.named && key.key.character.size() == 1
+        && itemName.contains(key.key.character, Qt::CaseInsensitive);
 }
 
 namespace {
@@ -147,21 +150,22 @@ const QHash<QString, QString>& drawnKeyNames()
 
 } // namespace
 
-std::optional<MenuKeyEquivalent> translateDrawnShortcut(const QString& drawn)
+std::optional<KeyChord> translateDrawnShortcut(const QString& drawn)
 {
-    enum Modifier { shift, option, control, command };
     static const std::pair<const char*, Modifier> words[]{
-        {"Ctrl", command}, {"Control", command}, {"Ctl", command}, {"Strg", command}, {"Shift", shift},
-        {"Shft", shift}, {"Alt", option}, {"Option", option}, {"Super", control}, {"Meta", control},
-        {"Win", control}, {"Logo", control}, {"Hyper", control},
+        {"Ctrl", Modifier::ctrl}, {"Control", Modifier::ctrl}, {"Ctl", Modifier::ctrl}, {"Strg", Modifier::ctrl},
+        {"Shift", Modifier::shift}, {"Shft", Modifier::shift}, {"Alt", Modifier::alt}, {"Option", Modifier::alt},
+        {"Super", Modifier::super}, {"Meta", Modifier::super}, {"Win", Modifier::super}, {"Logo", Modifier::super},
+        {"Hyper", Modifier::super},
     };
-    bool held[4] = {};
+    Modifiers held;
     bool any = false;
     QString rest = drawn.trimmed();
     rest.replace(QLatin1String(" + "), QLatin1String("+"));
     // "^R": Control as terminal programs write it.
     if (rest.size() == 2 && rest[0] == u'^' && rest[1].isPrint() && !rest[1].isSpace()) {
-        held[command] = any = true;
+        held |= Modifier::ctrl;
+        any = true;
         rest = rest.mid(1);
     }
     for (bool found = true; found && rest.size() > 1;) {
@@ -170,7 +174,8 @@ std::optional<MenuKeyEquivalent> translateDrawnShortcut(const QString& drawn)
             const qsizetype n = qstrlen(word);
             if (rest.size() > n + 1 && rest.startsWith(QLatin1String(word), Qt::CaseInsensitive)
                 && (rest[n] == u'+' || rest[n] == u'-')) {
-                held[modifier] = any = found = true;
+                held |= modifier;
+                any = found = true;
                 rest = rest.mid(n + 1).trimmed();
                 break;
             }
@@ -178,7 +183,7 @@ std::optional<MenuKeyEquivalent> translateDrawnShortcut(const QString& drawn)
         // Emacs: C- Control, M- Meta (Alt), S- Shift, s- Super.
         if (!found && rest.size() > 2 && rest[1] == u'-' && QStringView(u"CMSs").contains(rest[0])) {
             const char16_t letter = rest[0].unicode();
-            held[letter == u'C' ? command : letter == u'M' ? option : letter == u'S' ? shift : control] = true;
+            held |= letter == u'C' ? Modifier::ctrl : letter == u'M' ? Modifier::alt : letter == u'S' ? Modifier::shift : Modifier::super;
             any = found = true;
             rest = rest.mid(2);
         }
@@ -186,12 +191,12 @@ std::optional<MenuKeyEquivalent> translateDrawnShortcut(const QString& drawn)
     if (rest.isEmpty())
         return std::nullopt;
     QString key = drawnKeyNames().value(rest.toLower(), rest);
-    const bool named = key != rest || namedVirtualKeys().contains(key);
+    const bool named = key != rest || namedKey(key).has_value();
     if (!named && rest.size() > 1 && !(rest.size() == 2 && rest[0].isHighSurrogate()))
         return std::nullopt; // several keys, or a command
     if (!any && !named)
         return std::nullopt; // a key that types is no menu shortcut alone
-    return keyEquivalent(maskFor(held[shift], held[option], held[control], held[command]), key, false);
+    return keyEquivalent(held, key, false);
 }
 
 NameAndShortcut splitDrawnShortcut(const QString& name)
@@ -202,7 +207,7 @@ NameAndShortcut splitDrawnShortcut(const QString& name)
     return {name.left(tab).trimmed(), translateDrawnShortcut(name.mid(tab + 1))};
 }
 
-std::optional<MenuKeyEquivalent> translateKeyBinding(const QString& binding, const QString& itemName)
+std::optional<KeyChord> translateKeyBinding(const QString& binding, const QString& itemName)
 {
     if (binding.contains(u';')) {
         // GTK: "mnemonic;menu path;accelerator", the accelerator possibly empty.

@@ -2,25 +2,14 @@
 
 #include <QStringList>
 
-QString swayBindsym(const QString& trigger, const QString& command)
+QString swayBindsym(const DesktopKeys& keys, const QString& command)
 {
-    const QStringList parts = trigger.split(u'+');
-    if (parts.last().isEmpty())
-        return {};
-    QStringList keys;
-    for (qsizetype i = 0; i + 1 < parts.size(); ++i) {
-        const QString part = parts[i].toUpper();
-        if (part == QLatin1String("CTRL"))
-            keys << QStringLiteral("Ctrl");
-        else if (part == QLatin1String("ALT"))
-            keys << QStringLiteral("Mod1");
-        else if (part == QLatin1String("SHIFT"))
-            keys << QStringLiteral("Shift");
-        else if (part == QLatin1String("LOGO"))
-            keys << QStringLiteral("Mod4");
-        else
-            return {};
+    QStringList parts;
+    for (const auto& [modifier, word] : {std::pair{Modifier::ctrl, "Ctrl"}, std::pair{Modifier::alt, "Mod1"},
+                                         std::pair{Modifier::shift, "Shift"}, std::pair{Modifier::super, "Mod4"}}) {
+        if (keys.modifiers.testFlag(modifier))
+            parts << QString::fromLatin1(word);
     }
-    keys << parts.last();
-    return QStringLiteral("bindsym %1 exec %2").arg(keys.join(u'+'), command);
+    parts << keys.keysym;
+    return QStringLiteral("bindsym %1 exec %2").arg(parts.join(u'+'), command);
 }

@@ -14,22 +14,21 @@ X11KeyboardLayout::~X11KeyboardLayout()
         XCloseDisplay(display_);
 }
 
-QString X11KeyboardLayout::characterForKeyCode(quint16 keyCode) const
+QString X11KeyboardLayout::characterAt(quint16 position) const
 {
     std::lock_guard lock(mutex_);
-    const std::optional<int> evdev = EvdevKeyMap::evdevCode(keyCode);
-    if (!display_ || !evdev)
+    if (!display_ || position > 255 - EvdevKeyMap::kXkbKeycodeOffset)
         return {};
     XkbStateRec state{};
     XkbGetState(display_, XkbUseCoreKbd, &state);
-    const KeySym keysym = XkbKeycodeToKeysym(display_, KeyCode(*evdev + EvdevKeyMap::kXkbKeycodeOffset), state.group, 0);
+    const KeySym keysym = XkbKeycodeToKeysym(display_, KeyCode(position + EvdevKeyMap::kXkbKeycodeOffset), state.group, 0);
     char utf8[16] = {};
     if (keysym == NoSymbol || xkb_keysym_to_utf8(xkb_keysym_t(keysym), utf8, sizeof utf8) <= 1)
         return {};
     return EvdevKeyMap::printableKeyText(utf8);
 }
 
-std::optional<quint16> X11KeyboardLayout::keyCodeForScanCode(quint32 nativeScanCode) const
+std::optional<quint16> X11KeyboardLayout::positionOfScanCode(quint32 nativeScanCode) const
 {
-    return EvdevKeyMap::virtualKeyCodeOfXkbKeycode(nativeScanCode);
+    return EvdevKeyMap::positionOfXkbKeycode(nativeScanCode);
 }

@@ -12,9 +12,9 @@ public:
     X11KeyboardLayout();
     ~X11KeyboardLayout() override;
 
-    QString characterForKeyCode(quint16 keyCode) const override;
+    QString characterAt(quint16 position) const override;
     // X keycodes are evdev codes + 8, whatever the layout.
-    std::optional<quint16> keyCodeForScanCode(quint32 nativeScanCode) const override;
+    std::optional<quint16> positionOfScanCode(quint32 nativeScanCode) const override;
 
 private:
     mutable std::mutex mutex_;

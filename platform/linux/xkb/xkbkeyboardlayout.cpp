@@ -28,19 +28,18 @@ XkbKeyboardLayout::~XkbKeyboardLayout()
         xkb_context_unref(context_);
 }
 
-QString XkbKeyboardLayout::characterForKeyCode(quint16 keyCode) const
+QString XkbKeyboardLayout::characterAt(quint16 position) const
 {
     std::lock_guard lock(mutex_);
-    const std::optional<int> evdev = EvdevKeyMap::evdevCode(keyCode);
-    if (!state_ || !evdev)
+    if (!state_ || position > 255 - EvdevKeyMap::kXkbKeycodeOffset)
         return {};
     char utf8[16] = {};
-    if (xkb_state_key_get_utf8(state_, xkb_keycode_t(*evdev + EvdevKeyMap::kXkbKeycodeOffset), utf8, sizeof utf8) <= 0)
+    if (xkb_state_key_get_utf8(state_, xkb_keycode_t(position + EvdevKeyMap::kXkbKeycodeOffset), utf8, sizeof utf8) <= 0)
         return {};
     return EvdevKeyMap::printableKeyText(utf8);
 }
 
-std::optional<quint16> XkbKeyboardLayout::keyCodeForScanCode(quint32 nativeScanCode) const
+std::optional<quint16> XkbKeyboardLayout::positionOfScanCode(quint32 nativeScanCode) const
 {
-    return EvdevKeyMap::virtualKeyCodeOfXkbKeycode(nativeScanCode);
+    return EvdevKeyMap::positionOfXkbKeycode(nativeScanCode);
 }

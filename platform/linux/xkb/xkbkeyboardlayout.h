@@ -21,9 +21,9 @@ public:
     XkbKeyboardLayout(const XkbKeyboardLayout&) = delete;
     XkbKeyboardLayout& operator=(const XkbKeyboardLayout&) = delete;
 
-    QString characterForKeyCode(quint16 keyCode) const override;
+    QString characterAt(quint16 position) const override;
     // Wayland's scan codes are XKB keycodes too: evdev codes + 8.
-    std::optional<quint16> keyCodeForScanCode(quint32 nativeScanCode) const override;
+    std::optional<quint16> positionOfScanCode(quint32 nativeScanCode) const override;
 
 private:
     mutable std::mutex mutex_;

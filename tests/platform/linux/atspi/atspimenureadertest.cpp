@@ -1,5 +1,6 @@
 #include "platform/linux/atspi/atspibusobjects.h"
 #include "platform/linux/atspi/atspimenuhandle.h"
+#include "menu/shortcuttext.h"
 #include "platform/linux/atspi/atspimenureader.h"
 #include "support/atspicacheitems.h"
 #include "support/atspiobjecttable.h"
@@ -28,7 +29,7 @@ ItemWithChildren item(int id, int parent, uint role, const QString& name, QList<
     return i;
 }
 
-// Each leaf's path; with `keys`, followed by its key character or code and modifiers.
+// Each leaf's path; with `keys`, followed by its shortcut.
 QStringList titles(const QList<MenuNode>& nodes, bool keys = false, const QString& path = {})
 {
     QStringList out;
@@ -37,10 +38,7 @@ QStringList titles(const QList<MenuNode>& nodes, bool keys = false, const QStrin
         if (node.children.isEmpty()) {
             QString key;
             if (keys && node.shortcut)
-                key = QStringLiteral(" %1/%2")
-                          .arg(node.shortcut->character ? *node.shortcut->character
-                                                        : QString::number(node.shortcut->virtualKey.value_or(-1)))
-                          .arg(node.shortcut->modifiers);
+                key = u' ' + shortcutText(*node.shortcut, PlatformWords::linuxDesktop().keys);
             out << here + key;
         }
         out += titles(node.children, keys, here);
@@ -167,8 +165,8 @@ TEST(AtspiMenuReader, ShortcutsDrawnInTheItemsTextAreRead)
     reader.nodes()[ref(21)].keyBinding = "<Alt>a"; // a button's mnemonic
     reader.nodes()[ref(22)].keyBinding = "<Alt>f";
     EXPECT_EQ(titles(reader.makeMenuBar(ref(2)), true),
-              (QStringList{"/File/Open… O/0", "/File/Save S/0", "/File/Print p/0", "/File/Write"}));
-    EXPECT_EQ(titles(reader.makeButtonMenu(ref(20)), true), (QStringList{"/Menu/Save As…", "/Menu/Find… F/0"}));
+              (QStringList{"/File/Open… Ctrl+O", "/File/Save Ctrl+S", "/File/Print Ctrl+P", "/File/Write"}));
+    EXPECT_EQ(titles(reader.makeButtonMenu(ref(20)), true), (QStringList{"/Menu/Save As…", "/Menu/Find… Ctrl+F"}));
 }
 
 // A header-bar window as GTK 3 shows it: no menu bar; the popover of the menu

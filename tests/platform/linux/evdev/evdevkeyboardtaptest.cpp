@@ -1,4 +1,3 @@
-#include "hotkey/hotkeymode.h"
 #include "platform/linux/evdev/evdevkeyboardtap.h"
 #include "support/eventually.h"
 
@@ -12,7 +11,7 @@
 
 namespace {
 
-using namespace ModifierFlag;
+constexpr Modifiers none{}, ctrl{Modifier::ctrl}, alt{Modifier::alt};
 
 QByteArray record(quint16 type, quint16 code, qint32 value)
 {
@@ -29,26 +28,17 @@ QByteArray key(quint16 code, qint32 value)
     return record(EV_KEY, code, value) + record(EV_SYN, SYN_REPORT, 0);
 }
 
-struct Seen {
-    int type;
-    quint64 flags;
-    quint16 keyCode = 0;
-    friend bool operator==(const Seen&, const Seen&) = default;
-};
+using Seen = KeyEvent;
 
-void PrintTo(const Seen& s, std::ostream* os)
-{
-    *os << "{" << s.type << ", " << s.flags << ", " << s.keyCode << "}";
-}
-
-constexpr int flagsChanged = KeyEvent::flagsChanged, keyDown = KeyEvent::keyDown, pointer = KeyEvent::pointerInput;
+constexpr KeyEvent::Kind modifiersChanged = KeyEvent::Kind::modifiersChanged, keyDown = KeyEvent::Kind::keyDown,
+                         pointer = KeyEvent::Kind::pointer;
 
 // Keyboards made of pipes: the test writes the kernel's records into them.
 class EvdevKeyboardTapTest : public testing::Test {
 protected:
     EvdevKeyboardTapTest() : tap_(empty_.path())
     {
-        tap_.setCallback([this](const KeyEvent& e) { seen_.push_back({e.type, e.flags, e.keyCode}); });
+        tap_.setCallback([this](const KeyEvent& e) { seen_.push_back(e); });
         tap_.setEnabled(true);
     }
     ~EvdevKeyboardTapTest() override
@@ -100,10 +90,10 @@ TEST_F(EvdevKeyboardTapTest, ADoubleTapAndAHeldKeyAsTheDetectorSeesThem)
         + key(KEY_LEFTCTRL, 1) + key(KEY_S, 1) + key(KEY_S, 2) + key(KEY_S, 2) + key(KEY_S, 0) + key(KEY_LEFTCTRL, 0);
     send(keyboard, stream.left(37));
     send(keyboard, stream.mid(37));
-    EXPECT_EQ(seen(7), (std::vector<Seen>{{flagsChanged, Command}, {flagsChanged, 0}, {flagsChanged, Command},
-                                          {flagsChanged, 0}, {flagsChanged, Command}, {keyDown, Command, 1},
-                                          {flagsChanged, 0}}))
-        << "S is virtual key 1; its repeats and release are no events";
+    EXPECT_EQ(seen(7), (std::vector<Seen>{{modifiersChanged, ctrl}, {modifiersChanged, none}, {modifiersChanged, ctrl},
+                                          {modifiersChanged, none}, {modifiersChanged, ctrl}, {keyDown, ctrl, KEY_S},
+                                          {modifiersChanged, none}}))
+        << "its repeats and release are no events";
 }
 
 // A mouse beside the keyboard: its clicks and wheel turns reach the detector
@@ -119,8 +109,8 @@ TEST_F(EvdevKeyboardTapTest, ClicksAndWheelTurnsCarryTheKeyboardsModifiers)
     send(mouse, record(EV_REL, REL_WHEEL, -1) + record(EV_SYN, SYN_REPORT, 0));
     send(keyboard, key(KEY_LEFTCTRL, 0));
     send(mouse, key(BTN_RIGHT, 1));
-    EXPECT_EQ(seen(5), (std::vector<Seen>{{flagsChanged, Command}, {pointer, Command}, {pointer, Command},
-                                          {flagsChanged, 0}, {pointer, 0}}));
+    EXPECT_EQ(seen(5), (std::vector<Seen>{{modifiersChanged, ctrl}, {pointer, ctrl}, {pointer, ctrl},
+                                          {modifiersChanged, none}, {pointer, none}}));
 }
 
 TEST_F(EvdevKeyboardTapTest, TwoKeyboardsHoldingOneKeyCountOnce)
@@ -131,7 +121,7 @@ TEST_F(EvdevKeyboardTapTest, TwoKeyboardsHoldingOneKeyCountOnce)
     send(laptop, key(KEY_LEFTCTRL, 0)); // still held on the other keyboard
     send(external, key(KEY_LEFTALT, 1));
     send(external, key(KEY_LEFTCTRL, 0));
-    EXPECT_EQ(seen(3), (std::vector<Seen>{{flagsChanged, Command}, {flagsChanged, Command | Option}, {flagsChanged, Option}}));
+    EXPECT_EQ(seen(3), (std::vector<Seen>{{modifiersChanged, ctrl}, {modifiersChanged, ctrl | alt}, {modifiersChanged, alt}}));
 }
 
 TEST_F(EvdevKeyboardTapTest, AKeyboardThatGoesAwayLetsGoOfItsKeys)
@@ -142,10 +132,10 @@ TEST_F(EvdevKeyboardTapTest, AKeyboardThatGoesAwayLetsGoOfItsKeys)
     unplug(keyboard); // the reader sees the end of the stream, as with ENODEV
     ASSERT_TRUE(eventually([&] { return tap_.deviceCount() == 1; }));
     const std::vector<Seen> events = seen(4);
-    EXPECT_EQ(events.back(), (Seen{flagsChanged, 0})) << "no modifier stays stuck";
+    EXPECT_EQ(events.back(), (Seen{modifiersChanged, none})) << "no modifier stays stuck";
     // The other keyboard goes on.
     send(other, key(KEY_RIGHTCTRL, 1));
-    EXPECT_EQ(seen(5).back(), (Seen{flagsChanged, Command}));
+    EXPECT_EQ(seen(5).back(), (Seen{modifiersChanged, ctrl}));
 }
 
 TEST_F(EvdevKeyboardTapTest, LostEventsAndRecordsNoKeyboardSendsChangeNothingHeld)
@@ -158,7 +148,7 @@ TEST_F(EvdevKeyboardTapTest, LostEventsAndRecordsNoKeyboardSendsChangeNothingHel
     send(keyboard, record(EV_REL, REL_X, 5) + record(EV_KEY, KEY_MAX + 1, 1) + record(EV_KEY, KEY_A, 7)
                        + record(EV_KEY, KEY_A, -1) + record(EV_MSC, MSC_SCAN, 30));
     send(keyboard, key(KEY_A, 1));
-    EXPECT_EQ(seen(3), (std::vector<Seen>{{flagsChanged, Command}, {flagsChanged, 0}, {keyDown, 0, 0}}));
+    EXPECT_EQ(seen(3), (std::vector<Seen>{{modifiersChanged, ctrl}, {modifiersChanged, none}, {keyDown, none, KEY_A}}));
 }
 
 TEST_F(EvdevKeyboardTapTest, NothingReachesTheDetectorWhileDisabled)

@@ -1,3 +1,4 @@
+#include "menu/shortcuttext.h"
 #include "platform/linux/exported/dbusmenulayout.h"
 #include "platform/linux/exported/exportedmenureader.h"
 #include "platform/linux/exported/gtkmenumodel.h"
@@ -47,8 +48,7 @@ QStringList paths(const QList<ExportedMenuNode>& nodes, const QString& above = {
         }
         QString line = path;
         if (node.key)
-            line += QStringLiteral(" %1%2%3").arg(node.key->modifiers).arg(node.key->character.value_or(QString()))
-                        .arg(node.key->virtualKey ? QString::number(*node.key->virtualKey) : QString());
+            line += u' ' + shortcutText(*node.key, PlatformWords::linuxDesktop().keys);
         if (!node.enabled)
             line += " [off]";
         out << line;
@@ -94,7 +94,7 @@ TEST(GtkMenuModel, AMenuBarSentInGroupsBecomesCommandsThatNameTheirActions)
         {"win.new", {true}}, {"win.save-as", {true}}, {"app.quit", {true}}, {"win.undo", {false}},
         {"win.redo", {false}}, {"win.syntax", {true}}};
     const QList<ExportedMenuNode> tree = model.tree(actions, kAddresses);
-    EXPECT_EQ(paths(tree), (QStringList{"File/New 0n", "File/Save As… 1s", "File/Quit 0q", "Edit/Undo 0z [off]",
+    EXPECT_EQ(paths(tree), (QStringList{"File/New Ctrl+N", "File/Save As… Ctrl+Shift+S", "File/Quit Ctrl+Q", "Edit/Undo Ctrl+Z [off]",
                                         "Edit/Missing [off]", "Edit/Syntax/C", "Edit/Recent […]"}));
 
     const ExportedPress quit = *tree[0].children[2].press;
@@ -107,7 +107,7 @@ TEST(GtkMenuModel, AMenuBarSentInGroupsBecomesCommandsThatNameTheirActions)
 
     // Without the window's actions, its commands cannot be pressed: left out.
     EXPECT_EQ(paths(model.tree(actions, {{"app", kAddresses["app"]}})),
-              (QStringList{"File/Quit 0q", "Edit/Syntax […]", "Edit/Recent […]"}));
+              (QStringList{"File/Quit Ctrl+Q", "Edit/Syntax […]", "Edit/Recent […]"}));
 }
 
 // What a broken or hostile application can send: menus that hold themselves,
@@ -216,8 +216,8 @@ TEST(DbusmenuLayout, ALayoutBecomesMenusOfClickableItems)
     }};
     const auto tree = readLayout(wire, root);
     ASSERT_TRUE(tree);
-    EXPECT_EQ(paths(*tree), (QStringList{"File/New 0n", "File/Open Recent […]", "File/Quit [off]",
-                                         "Edit/Find Next 1g", "Edit/Delete 8117"}));
+    EXPECT_EQ(paths(*tree), (QStringList{"File/New Ctrl+N", "File/Open Recent […]", "File/Quit [off]",
+                                         "Edit/Find Next Ctrl+Shift+G", "Edit/Delete Del"}));
     const ExportedPress next = *(*tree)[1].children[0].press;
     EXPECT_EQ(next.kind, ExportedPress::Kind::dbusmenuClick);
     EXPECT_EQ(std::tuple(next.service, next.path, next.id), std::tuple(QString(":1.9"), QString("/MenuBar/2"), 8));

@@ -1,4 +1,5 @@
 #include "platform/linux/gnome/gnomekeybindings.h"
+#include "support/desktopkeys.h"
 
 #include <gtest/gtest.h>
 
@@ -13,14 +14,10 @@ TEST(GnomeKeybindings, KestriosShortcutInGnomesWords)
              std::tuple{"CTRL+SHIFT+k", "<Control><Shift>k", "Ctrl+Shift+K"},
              std::tuple{"LOGO+F5", "<Super>F5", "Super+F5"},
              std::tuple{"ALT+Page_Up", "<Alt>Page_Up", "Alt+Page Up"},
-             std::tuple{"CTRL+", "", ""},
-             std::tuple{"HYPER+k", "", ""},
          }) {
         SCOPED_TRACE(trigger);
-        EXPECT_EQ(acceleratorOf(trigger), accelerator);
-        if (*accelerator) {
-            EXPECT_EQ(readable(accelerator), read);
-        }
+        EXPECT_EQ(acceleratorOf(desktopKeys(trigger)), accelerator);
+        EXPECT_EQ(readable(accelerator), read);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "platform/linux/gnome/gnomekeybindings.h"
 #include "platform/linux/gnome/gnomeshortcut.h"
+#include "support/desktopkeys.h"
 #include "support/eventually.h"
 #include "support/testrelease.h"
 
@@ -76,7 +77,7 @@ protected:
     DesktopShortcutState bind(GnomeShortcut& gnome, const QString& trigger, bool replace = true)
     {
         std::optional<DesktopShortcutState> answer;
-        gnome.bind(trigger, replace, [&](const DesktopShortcutState& state) { answer = state; });
+        gnome.bind(desktopKeys(trigger), replace, [&](const DesktopShortcutState& state) { answer = state; });
         EXPECT_TRUE(eventually([&] { return answer.has_value(); }));
         return answer.value_or(DesktopShortcutState{});
     }

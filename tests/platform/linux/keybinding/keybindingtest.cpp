@@ -5,13 +5,9 @@
 
 namespace {
 
-QString shown(const std::optional<MenuKeyEquivalent>& key)
+QString shown(const std::optional<KeyChord>& key)
 {
-    if (!key)
-        return {};
-    if (key->character)
-        return menuShortcutText(*key->character, key->modifiers, PlatformWords::linuxDesktop().keys);
-    return menuShortcutText(key->virtualKey.value_or(-1), key->modifiers, PlatformWords::linuxDesktop().keys);
+    return key ? shortcutText(*key, PlatformWords::linuxDesktop().keys) : QString();
 }
 
 // The text a menu row shows for a toolkit's key binding, "" for none.
@@ -118,21 +114,18 @@ TEST(KeyBinding, DrawnShortcutsReadLikeReportedOnes)
     EXPECT_EQ(splitDrawnShortcut("  New    ").name, "New");
 }
 
-TEST(KeyBinding, CharactersAndVirtualKeysAreKeptApart)
+TEST(KeyBinding, NamedKeysAndCharactersAreKeptApart)
 {
-    EXPECT_EQ(translateGtkAccelerator("<Primary><Shift>s"), (MenuKeyEquivalent{1, "s", std::nullopt}));
-    EXPECT_EQ(translateGtkAccelerator("<Alt>Up"), (MenuKeyEquivalent{2 | 8, std::nullopt, 126}));
-    EXPECT_EQ(translateQtShortcut("Ctrl+Shift+S", "Save As"), (MenuKeyEquivalent{1, "S", std::nullopt}));
-}
-
-TEST(KeyBinding, CtrlPlaysCommandsPartAndSuperControls)
-{
-    // So that a macOS build of the same menus would show ⌘ for Ctrl.
-    const KeyWords& mac = PlatformWords::macOS().keys;
-    EXPECT_EQ(menuShortcutText("s", translateGtkAccelerator("<Primary>s")->modifiers, mac), "⌘S");
-    EXPECT_EQ(menuShortcutText("k", translateGtkAccelerator("<Super>k")->modifiers, mac), "⌃K");
-    EXPECT_EQ(menuShortcutText("k", translateQtShortcut("Meta+Ctrl+K", "Odd")->modifiers, mac), "⌃⌘K");
-    EXPECT_EQ(menuShortcutText("k", translateQtShortcut("Alt+K", "Odd")->modifiers, mac), "⌥K");
+    EXPECT_EQ(translateGtkAccelerator("<Primary><Shift>s"),
+              (KeyChord{Modifier::ctrl | Modifier::shift, Key{0, std::nullopt, "s"}}));
+    EXPECT_EQ(translateGtkAccelerator("<Alt>Up"), (KeyChord{Modifier::alt, Key{0, NamedKey::up, {}}}));
+    EXPECT_EQ(translateGtkAccelerator("<Primary>F12"), (KeyChord{Modifier::ctrl, Key{0, functionKey(12), {}}}));
+    EXPECT_EQ(translateQtShortcut("Ctrl+Shift+S", "Save As"),
+              (KeyChord{Modifier::ctrl | Modifier::shift, Key{0, std::nullopt, "S"}}));
+    // GTK's Super and Qt's Meta are the same key.
+    EXPECT_EQ(translateGtkAccelerator("<Super>k"), (KeyChord{Modifier::super, Key{0, std::nullopt, "k"}}));
+    EXPECT_EQ(translateQtShortcut("Meta+Ctrl+K", "Odd"),
+              (KeyChord{Modifier::super | Modifier::ctrl, Key{0, std::nullopt, "K"}}));
 }
 
 } // namespace

@@ -4,15 +4,15 @@
 
 namespace {
 
-TEST(X11KeyboardLayout, ScanCodesAreEvdevCodesPlusEight)
+TEST(X11KeyboardLayout, ScanCodesArePositionsPlusEight)
 {
     const X11KeyboardLayout layout;
-    EXPECT_EQ(layout.keyCodeForScanCode(38), 0);   // A
-    EXPECT_EQ(layout.keyCodeForScanCode(65), 49);  // Space
-    EXPECT_EQ(layout.keyCodeForScanCode(9), 53);   // Escape
-    EXPECT_EQ(layout.keyCodeForScanCode(22), 51);  // BackSpace, the Mac's Delete
-    EXPECT_EQ(layout.keyCodeForScanCode(0), std::nullopt); // no scan code: a synthetic event
-    EXPECT_EQ(layout.keyCodeForScanCode(300), std::nullopt);
+    EXPECT_EQ(layout.positionOfScanCode(38), 30);  // A
+    EXPECT_EQ(layout.positionOfScanCode(65), 57);  // Space
+    EXPECT_EQ(layout.positionOfScanCode(9), 1);    // Escape
+    EXPECT_EQ(layout.positionOfScanCode(22), 14);  // BackSpace
+    EXPECT_EQ(layout.positionOfScanCode(0), std::nullopt); // no scan code: a synthetic event
+    EXPECT_EQ(layout.positionOfScanCode(300), std::nullopt);
 }
 
 } // namespace

@@ -6,19 +6,20 @@ namespace {
 
 TEST(XkbKeyboardLayout, TheLayoutNamesWhatEachPositionTypes)
 {
-    // Virtual key codes are US positions: 0 A, 6 Z, 12 Q, 43 comma, 49 Space.
+    // Positions are Linux input codes: 30 A, 44 Z, 16 Q, 51 comma, 1 Escape.
     const XkbKeyboardLayout us(QStringLiteral("us"));
-    EXPECT_EQ(us.characterForKeyCode(0), "a");
-    EXPECT_EQ(us.characterForKeyCode(6), "z");
-    EXPECT_EQ(us.characterForKeyCode(43), ",");
-    EXPECT_EQ(us.characterForKeyCode(53), QString()); // Escape types nothing printable
+    EXPECT_EQ(us.characterAt(30), "a");
+    EXPECT_EQ(us.characterAt(44), "z");
+    EXPECT_EQ(us.characterAt(51), ",");
+    EXPECT_EQ(us.characterAt(1), QString()); // Escape types nothing printable
+    EXPECT_EQ(us.characterAt(4000), QString()); // no such key
 
     const XkbKeyboardLayout french(QStringLiteral("fr"));
-    EXPECT_EQ(french.characterForKeyCode(0), "q");
-    EXPECT_EQ(french.characterForKeyCode(12), "a");
+    EXPECT_EQ(french.characterAt(30), "q");
+    EXPECT_EQ(french.characterAt(16), "a");
 
-    EXPECT_EQ(us.keyCodeForScanCode(38), 0);
-    EXPECT_EQ(us.keyCodeForScanCode(3), std::nullopt);
+    EXPECT_EQ(us.positionOfScanCode(38), 30);
+    EXPECT_EQ(us.positionOfScanCode(3), std::nullopt);
 }
 
 } // namespace
