@@ -278,9 +278,8 @@ void AppDelegate::toggleSearchPanel()
         showOnboarding();
         return;
     }
-    auto controller = std::make_unique<SearchPanelController>(accessibilityService_, lastActiveApp_, services_.windows);
-    if (searchServices_)
-        controller->setSearchServices(*searchServices_);
+    const SearchServices search = searchServices_ ? *searchServices_ : SearchServices{&services_.usage, &services_.analytics, {}};
+    auto controller = std::make_unique<SearchPanelController>(accessibilityService_, lastActiveApp_, services_.windows, search);
     controller->show();
     searchPanelController_ = std::move(controller); // the previous one goes, with its panel
     services_.analytics.track(QStringLiteral("search_opened"),

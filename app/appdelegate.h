@@ -22,6 +22,7 @@ class QMenu;
 class QSystemTrayIcon;
 class SearchPanelController;
 class SettingsStore;
+class UsageTracker;
 class Workspace;
 struct SearchServices;
 
@@ -39,6 +40,7 @@ public:
         SettingsStore& settings;
         HotkeyService& hotkey;
         AnalyticsService& analytics;
+        UsageTracker& usage;
         Accessibility& accessibility;
         DesktopWindows& windows;
         Workspace& workspace;
@@ -99,6 +101,8 @@ public:
     const std::optional<UpdateCheckResult>& pendingUpdate() const { return pendingUpdate_; }
     AccessibilityService& accessibilityService() { return accessibilityService_; }
     // Only for tests: what panels' models are given.
+    // What search panels work with, in place of the program's usage history
+    // and events with the reader's own press (tests).
     void setSearchServices(const SearchServices& services);
 
 private:

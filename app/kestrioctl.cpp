@@ -1,8 +1,10 @@
 // kestrioctl — Kestrio's menu reader and press from the command line, for
 // scripts and tests: the same code the application runs.
+#include "base/settingsstore.h"
 #include "menu/accessibilityservice.h"
 #include "menu/pressmenuitem.h"
 #include "platform/linux/atspi/atspiaccessibility.h"
+#include "platform/linux/linuxplatform.h"
 #include "platform/linux/sway/swaywindows.h"
 #include "platform/linux/x11/x11windows.h"
 #include "search/usagetracker.h"
@@ -150,7 +152,8 @@ int press(AtspiAccessibility& ax, const QStringList& args)
         if (item.pathKey().normalized(QString::NormalizationForm_C) != wanted)
             continue;
         if (pressMenuItem(item, ax)) {
-            UsageTracker::shared().recordUsage(item.appBundleID.value_or(QStringLiteral("unknown")), item.pathKey());
+            SettingsStore settings(SettingsStore::standardPath());
+            UsageTracker(settings).recordUsage(item.appBundleID.value_or(QStringLiteral("unknown")), item.pathKey());
             return 0;
         }
         err(QStringLiteral("“%1” could not be pressed%2.\n")
@@ -184,6 +187,7 @@ int markInstall(const QStringList& args)
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
+    LinuxPlatform platform; // the backends of this session
     QStringList args = app.arguments().mid(1);
     if (args.isEmpty())
         return usage();
@@ -191,11 +195,11 @@ int main(int argc, char** argv)
     if (command == QLatin1String("mark-install"))
         return markInstall(args);
     // sway's windows arrive a moment after connecting; a command line may wait.
-    if (auto* sway = dynamic_cast<SwayWindows*>(&WindowDirectory::current()))
+    if (auto* sway = dynamic_cast<SwayWindows*>(&platform.windowDirectory()))
         sway->waitForTree(3000);
-    if (auto* x11 = dynamic_cast<X11Windows*>(&WindowDirectory::current()))
+    if (auto* x11 = dynamic_cast<X11Windows*>(&platform.windowDirectory()))
         x11->waitForFirstReading(3000);
-    AtspiAccessibility ax;
+    AtspiAccessibility& ax = platform.accessibility();
     if (command == QLatin1String("apps"))
         return apps(ax);
     if (command == QLatin1String("menus"))

@@ -1,22 +1,16 @@
 // Kestrio: find and run any menu command of the application in front by typing.
+//
+// The program's root: it makes the platform's backends and the long-lived
+// services, once, and hands them to what uses them.
 #include "app/appdelegate.h"
 #include "app/appearancetheme.h"
 #include "app/kestrioapp.h"
-#include "base/notificationhub.h"
-#include "base/settingsstore.h"
+#include "app/programservices.h"
 #include "app/settingsview.h"
-#include "hotkey/hotkeyservice.h"
-#include "platform/accessibility.h"
-#include "platform/desktopwindows.h"
-#include "platform/keyboardlayout.h"
-#include "platform/loginitem.h"
+#include "platform/linux/atspi/atspiaccessibility.h"
+#include "platform/linux/linuxplatform.h"
 #include "platform/remotecontrol.h"
-#include "platform/workspace.h"
-#include "search/usagetracker.h"
-#include "telemetry/analyticsservice.h"
 #include "telemetry/appinfo.h"
-#include "update/selfupdater.h"
-#include "update/updatecheckservice.h"
 
 #include <QCommandLineParser>
 #include <QSystemTrayIcon>
@@ -57,31 +51,36 @@ int main(int argc, char** argv)
     if (!app.claimSingleInstance(request))
         return 0;
 
-    AppearanceTheme::apply(SettingsStore::standard().appearance());
+    LinuxPlatform platform;
+    ProgramServices services(platform.hotkeys(), platform.systemInfo(), platform.updatePackaging());
+    Accessibility& accessibility = platform.accessibility();
+
+    AppearanceTheme::apply(services.settings.appearance());
     AppDelegate* self = nullptr;
     AppDelegate delegate(AppDelegate::Services{
-        SettingsStore::standard(),
-        HotkeyService::shared(),
-        AnalyticsService::shared(),
-        Accessibility::current(),
-        DesktopWindows::current(),
-        Workspace::current(),
-        NotificationHub::shared(),
+        services.settings,
+        services.hotkey,
+        services.analytics,
+        services.usage,
+        accessibility,
+        platform.desktopWindows(),
+        platform.workspace(),
+        services.notifications,
         [] { QCoreApplication::quit(); },
-        [] { UpdateCheckService::shared().checkAutomaticallyIfNeeded(); },
-        [](const QUrl& url, const QString& version) { SelfUpdater::shared().startUpdate(url, version); },
+        [&services] { services.updateCheck.checkAutomaticallyIfNeeded(); },
+        [&services](const QUrl& url, const QString& version) { services.selfUpdater.startUpdate(url, version); },
         QStringLiteral("kestrio"),
-        [&self]() -> QWidget* {
+        [&self, &services, &platform]() -> QWidget* {
             return new SettingsView(SettingsView::Services{
-                SettingsStore::standard(),
-                NotificationHub::shared(),
-                HotkeyService::shared(),
+                services.settings,
+                services.notifications,
+                services.hotkey,
                 self->accessibilityService(),
-                UsageTracker::shared(),
-                SelfUpdater::shared(),
-                LoginItem::current(),
-                KeyboardLayout::current(),
-                [](SettingsView::UpdateCompletion done) { UpdateCheckService::shared().checkForUpdates(std::move(done)); },
+                services.usage,
+                services.selfUpdater,
+                platform.loginItem(),
+                platform.keyboardLayout(),
+                [&services](SettingsView::UpdateCompletion done) { services.updateCheck.checkForUpdates(std::move(done)); },
                 [] { QCoreApplication::quit(); },
             });
         },
@@ -90,14 +89,14 @@ int main(int argc, char** argv)
     self = &delegate;
     QObject::connect(&app, &KestrioApp::reopenRequested, &delegate, [&delegate] { delegate.applicationShouldHandleReopen(); });
     QObject::connect(&app, &KestrioApp::toggleRequested, &delegate, &AppDelegate::toggleFromCommand);
-    RemoteControl::current().publish([&delegate](const QString& token) { delegate.toggleFromCommand(token); });
+    platform.remoteControl().publish([&delegate](const QString& token) { delegate.toggleFromCommand(token); });
     QObject::connect(&app, &QCoreApplication::aboutToQuit, &delegate, [&delegate] { delegate.applicationWillTerminate(); });
     delegate.applicationDidFinishLaunching();
-    SelfUpdater::shared().tidyLeftoversLater();
+    services.selfUpdater.tidyLeftoversLater();
     if (request.kind == InstanceRequest::Kind::toggle) {
         // Started by the toggle itself: open once it is known whether the
         // menus may be read, rather than show the welcome by mistake.
-        Accessibility::current().afterTrustIsKnown(&delegate, [&delegate, token = request.activationToken] {
+        accessibility.afterTrustIsKnown(&delegate, [&delegate, token = request.activationToken] {
             delegate.toggleOnceTheFrontIsKnown(token);
         });
     }

@@ -5,17 +5,6 @@
 #include <QCoreApplication>
 #include <QThread>
 
-NotificationHub& NotificationHub::shared()
-{
-    static NotificationHub* hub = [] {
-        auto* h = new NotificationHub;
-        if (QCoreApplication* app = QCoreApplication::instance())
-            h->moveToThread(app->thread());
-        return h;
-    }();
-    return *hub;
-}
-
 NotificationHub::NotificationHub(QObject* parent) : QObject(parent)
 {
     qRegisterMetaType<UpdateCheckResult>();

@@ -11,9 +11,6 @@ class NotificationHub : public QObject {
     Q_OBJECT
 
 public:
-    // The program's hub, living on the main thread.
-    static NotificationHub& shared();
-
     explicit NotificationHub(QObject* parent = nullptr);
 
     void postHotkeyModeChanged();

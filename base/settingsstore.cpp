@@ -80,11 +80,10 @@ SettingsStore::SettingsStore(const QString& filePath)
 
 SettingsStore::~SettingsStore() = default;
 
-SettingsStore& SettingsStore::standard()
+QString SettingsStore::standardPath()
 {
-    static SettingsStore store(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
-                               + QStringLiteral("/kestrio/settings.json"));
-    return store;
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
+                               + QStringLiteral("/kestrio/settings.json");
 }
 
 QString SettingsStore::filePath() const

@@ -38,8 +38,8 @@ public:
     SettingsStore(const SettingsStore&) = delete;
     SettingsStore& operator=(const SettingsStore&) = delete;
 
-    // The user's store: $XDG_CONFIG_HOME/kestrio/settings.json.
-    static SettingsStore& standard();
+    // Where the user's settings live: $XDG_CONFIG_HOME/kestrio/settings.json.
+    static QString standardPath();
 
     QString filePath() const;
 

@@ -12,10 +12,13 @@
 #include "platform/clock.h"
 #include "platform/desktopwindows.h"
 #include "platform/hotkeyplatform.h"
+#include "platform/linux/atspi/atspiaccessibility.h"
+#include "platform/linux/linuxplatform.h"
 #include "platform/linux/x11/x11windows.h"
 #include "search/searchpanel.h"
 #include "search/searchpanelcontroller.h"
 #include "search/searchviewmodel.h"
+#include "support/quietsearch.h"
 
 #include <QApplication>
 #include <QDir>
@@ -31,12 +34,14 @@
 int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
+    LinuxPlatform platform; // the backends of this session
     app.setQuitOnLastWindowClosed(false);
     SettingsStore settings(QDir::temp().filePath(QStringLiteral("kestrio-activation-bench.json")));
-    HotkeyService hotkey(HotkeyPlatform::current(), settings, Clock::monotonic());
+    HotkeyService hotkey(platform.hotkeys(), settings, Clock::monotonic());
+    QuietSearch search(platform.systemInfo());
     std::optional<RunningApplication> target;
     const int kRounds = rounds(10);
-    auto warmReader = std::make_unique<AccessibilityService>(Accessibility::current());
+    auto warmReader = std::make_unique<AccessibilityService>(platform.accessibility());
     std::unique_ptr<AccessibilityService> coldReader;
     std::unique_ptr<SearchPanelController> controller;
     PaintWatch watch;
@@ -48,8 +53,8 @@ int main(int argc, char** argv)
     hotkey.onActivate = [&] {
         const bool cold = round <= kRounds; // rounds 1 to k cold, k + 1 to 2k warm
         if (cold)
-            coldReader = std::make_unique<AccessibilityService>(Accessibility::current());
-        controller = std::make_unique<SearchPanelController>(cold ? *coldReader : *warmReader, target, DesktopWindows::current());
+            coldReader = std::make_unique<AccessibilityService>(platform.accessibility());
+        controller = std::make_unique<SearchPanelController>(cold ? *coldReader : *warmReader, target, platform.desktopWindows(), search.services());
         painted = resultsShown = false;
         controller->show();
         controller->panel()->installEventFilter(&watch);
@@ -98,10 +103,10 @@ int main(int argc, char** argv)
     });
     // The keyboard is watched and the front application known once the
     // platform has said whether Kestrio may read other applications.
-    Accessibility::current().afterTrustIsKnown(&app, [&] {
-        if (auto* x11 = dynamic_cast<X11Windows*>(&WindowDirectory::current()))
+    platform.accessibility().afterTrustIsKnown(&app, [&] {
+        if (auto* x11 = dynamic_cast<X11Windows*>(&platform.windowDirectory()))
             x11->waitForFirstReading(5000);
-        target = Accessibility::current().frontmostApplication();
+        target = platform.accessibility().frontmostApplication();
         if (!target || !hotkey.start()) {
             std::fprintf(stderr, "needs an active application and the keyboard\n");
             app.exit(1);

@@ -16,10 +16,14 @@
 #include "platform/clock.h"
 #include "platform/desktopwindows.h"
 #include "platform/hotkeyplatform.h"
+#include "platform/linux/atspi/atspiaccessibility.h"
+#include "platform/linux/linuxplatform.h"
 #include "platform/workspace.h"
 #include "search/searchpanel.h"
 #include "search/searchpanelcontroller.h"
 #include "search/searchviewmodel.h"
+#include "search/usagetracker.h"
+#include "support/quietsearch.h"
 #include "telemetry/analyticsservice.h"
 
 #include <QApplication>
@@ -61,6 +65,7 @@ private:
 int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
+    LinuxPlatform platform; // the backends of this session
     app.setQuitOnLastWindowClosed(false);
     if (argc != 3) {
         std::fprintf(stderr, "usage: kestrio-frozen-bench FROZEN_PID LIVE_PID\n");
@@ -73,10 +78,11 @@ int main(int argc, char** argv)
     SettingsStore settings(home.filePath(QStringLiteral("settings.json")));
     settings.setBool(SettingsKey::hasLaunchedBefore, true);
     saveHotkeyMode(HotkeyMode::doubleTapAlt, settings);
-    HotkeyService hotkey(HotkeyPlatform::current(), settings, Clock::monotonic());
+    HotkeyService hotkey(platform.hotkeys(), settings, Clock::monotonic());
     NotificationHub hub;
-    AppDelegate delegate(AppDelegate::Services{settings, hotkey, AnalyticsService::shared(), Accessibility::current(),
-                                               DesktopWindows::current(), Workspace::current(), hub, [] {}, {}, {},
+    QuietSearch search(platform.systemInfo());
+    AppDelegate delegate(AppDelegate::Services{settings, hotkey, search.analytics, search.usage, platform.accessibility(),
+                                               platform.desktopWindows(), platform.workspace(), hub, [] {}, {}, {},
                                                QStringLiteral("kestrio"), {}, {}});
     delegate.applicationDidFinishLaunching();
 
@@ -109,7 +115,7 @@ int main(int argc, char** argv)
         sinceTap.start();
         key(false);
     };
-    auto activate = [&](qint32 pid) { DesktopWindows::current().activate(RunningApplication{pid, {}, {}}); };
+    auto activate = [&](qint32 pid) { platform.desktopWindows().activate(RunningApplication{pid, {}, {}}); };
 
     PaintWatch watch;
     std::vector<double> frozenPanel, livePanel, liveResults, tapGaps;
@@ -203,6 +209,6 @@ int main(int argc, char** argv)
     });
     // The controller starts once the platform has said whether Kestrio may
     // read other applications; the script goes once it has.
-    Accessibility::current().afterTrustIsKnown(&app, [&] { QTimer::singleShot(300, &script, [&] { script.run(); }); });
+    platform.accessibility().afterTrustIsKnown(&app, [&] { QTimer::singleShot(300, &script, [&] { script.run(); }); });
     return app.exec();
 }

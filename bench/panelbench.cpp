@@ -4,10 +4,11 @@
 #include "bench/samples.h"
 #include "menu/accessibilityservice.h"
 #include "platform/fake/fakeaccessibility.h"
+#include "platform/fake/fakesysteminfo.h"
 #include "search/searchview.h"
 #include "search/searchviewmodel.h"
 #include "search/usagetracker.h"
-#include "support/tempsettings.h"
+#include "support/quietsearch.h"
 #include "telemetry/analyticsservice.h"
 
 #include <QApplication>
@@ -64,12 +65,12 @@ int main(int argc, char** argv)
     std::printf("%8s %12s %12s %12s  (keystroke → list repainted, %s)\n", "items", "median ms", "p90 ms", "max ms",
                 qPrintable(QGuiApplication::platformName()));
     for (int count : smokeRun() ? std::vector<int>{200} : std::vector<int>{2000, 20000}) {
-        TempSettings settings;
-        UsageTracker usage(settings.store());
+        FakeSystemInfo system;
+        QuietSearch search(system);
         FakeAccessibility ax;
         AccessibilityService reader(ax);
         SearchViewModel model(reader, RunningApplication{1, "Bench", "org.bench"}, [] {},
-                              SearchServices{&usage, &AnalyticsService::shared(), [](const MenuItem&) { return true; }});
+                              search.services([](const MenuItem&) { return true; }));
         while (model.isLoading())
             QCoreApplication::processEvents();
         model.setMenuItems(makeItems(count));

@@ -4,9 +4,10 @@
 // line, and `--queries` prints the queries, for comparison with other tools.
 #include "menu/accessibilityservice.h"
 #include "platform/fake/fakeaccessibility.h"
+#include "platform/fake/fakesysteminfo.h"
 #include "search/searchviewmodel.h"
 #include "search/usagetracker.h"
-#include "support/tempsettings.h"
+#include "support/quietsearch.h"
 #include "telemetry/analyticsservice.h"
 
 #include <QCoreApplication>
@@ -58,8 +59,8 @@ QList<MenuItem> makeItems(int count)
 }
 
 struct Fixture {
-    TempSettings settings;
-    UsageTracker usage{settings.store()};
+    FakeSystemInfo system;
+    QuietSearch search{system};
     FakeAccessibility ax;
     AccessibilityService reader{ax};
     std::unique_ptr<SearchViewModel> model;
@@ -67,13 +68,13 @@ struct Fixture {
     explicit Fixture(int count)
     {
         model = std::make_unique<SearchViewModel>(reader, RunningApplication{1, "Bench", "org.bench"}, [] {},
-                                                  SearchServices{&usage, &AnalyticsService::shared(), [](const MenuItem&) { return true; }});
+                                                  search.services([](const MenuItem&) { return true; }));
         while (model->isLoading())
             QCoreApplication::processEvents();
         model->setMenuItems(makeItems(count));
         // A few used items, as a real history has.
         for (int i = 0; i < count; i += 97)
-            usage.recordUsage("org.bench", model->menuItems()[i].pathKey());
+            search.usage.recordUsage("org.bench", model->menuItems()[i].pathKey());
     }
 };
 

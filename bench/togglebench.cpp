@@ -9,10 +9,13 @@
 #include "menu/accessibilityservice.h"
 #include "platform/accessibility.h"
 #include "platform/desktopwindows.h"
+#include "platform/linux/atspi/atspiaccessibility.h"
+#include "platform/linux/linuxplatform.h"
 #include "platform/workspace.h"
 #include "search/searchpanel.h"
 #include "search/searchpanelcontroller.h"
 #include "search/searchviewmodel.h"
+#include "support/quietsearch.h"
 
 #include <QElapsedTimer>
 #include <QProcess>
@@ -23,6 +26,7 @@
 int main(int argc, char** argv)
 {
     KestrioApp app(argc, argv);
+    LinuxPlatform platform; // the backends of this session
     if (argc < 2) {
         std::fprintf(stderr, "usage: kestrio-toggle-bench PATH-OF-KESTRIO\n");
         return 2;
@@ -32,11 +36,12 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "another Kestrio runs in this session\n");
         return 1;
     }
-    Workspace& workspace = Workspace::current();
+    Workspace& workspace = platform.workspace();
     workspace.startWatching();
 
     const int kRounds = rounds(12);
-    AccessibilityService reader(Accessibility::current());
+    AccessibilityService reader(platform.accessibility());
+    QuietSearch search(platform.systemInfo());
     std::unique_ptr<SearchPanelController> controller;
     std::optional<RunningApplication> target; // learned once: later the bench's own panel is in front
     PaintWatch watch;
@@ -46,8 +51,8 @@ int main(int argc, char** argv)
     int round = 0;
 
     QObject::connect(&app, &KestrioApp::toggleRequested, [&](const QString& token) {
-        DesktopWindows::current().setActivationToken(token);
-        controller = std::make_unique<SearchPanelController>(reader, target, DesktopWindows::current());
+        platform.desktopWindows().setActivationToken(token);
+        controller = std::make_unique<SearchPanelController>(reader, target, platform.desktopWindows(), search.services());
         painted = resultsShown = false;
         controller->show();
         controller->panel()->installEventFilter(&watch);

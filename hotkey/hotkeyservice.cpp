@@ -7,12 +7,6 @@
 #include <QPointer>
 #include <QTimer>
 
-HotkeyService& HotkeyService::shared()
-{
-    static HotkeyService* service = new HotkeyService(HotkeyPlatform::current(), SettingsStore::standard(), Clock::monotonic());
-    return *service;
-}
-
 KeyboardAccess HotkeyService::keyboardAccess() const
 {
     return platform_.keyboardAccess();

@@ -24,8 +24,6 @@ public:
     static constexpr double doubleTapInterval = 0.3;
     static constexpr int kPollIntervalMs = 2000;
 
-    static HotkeyService& shared();
-
     // Reads the mode and the custom shortcut from the settings; installs nothing.
     HotkeyService(HotkeyPlatform& platform, SettingsStore& settings, const Clock& monotonicClock,
                   QObject* parent = nullptr);

@@ -48,6 +48,4 @@ public:
     // never answers cannot hold the quit up. Later readings are not touched.
     virtual void stopReadings() {}
 
-    // The platform's own.
-    static Accessibility& current();
 };

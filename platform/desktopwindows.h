@@ -27,5 +27,4 @@ public:
     // desktop needs none, it is ignored.
     virtual void setActivationToken(const QString& token) { Q_UNUSED(token); }
 
-    static DesktopWindows& current();
 };

@@ -85,6 +85,4 @@ public:
         return {};
     }
 
-    // The platform's own.
-    static HotkeyPlatform& current();
 };

@@ -16,5 +16,4 @@ public:
     // (QKeyEvent::nativeScanCode), or nothing when it names no key.
     virtual std::optional<quint16> positionOfScanCode(quint32 nativeScanCode) const = 0;
 
-    static KeyboardLayout& current();
 };

@@ -13,5 +13,4 @@ public:
     virtual std::optional<QString> registerItem() = 0;
     virtual std::optional<QString> unregisterItem() = 0;
 
-    static LoginItem& current();
 };

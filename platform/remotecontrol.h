@@ -16,5 +16,4 @@ public:
     // Offers the toggle of the panel; requests arrive on the main thread.
     virtual void publish(Toggle toggle) = 0;
 
-    static RemoteControl& current();
 };

@@ -21,6 +21,4 @@ public:
     virtual QString localeIdentifier() const = 0;
     virtual QString languageCode() const = 0;
 
-    // The platform's own.
-    static const SystemInfo& current();
 };

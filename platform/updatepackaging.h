@@ -38,5 +38,4 @@ public:
     // install marker's to say.
     virtual std::optional<QString> installedBundle() const = 0;
 
-    static UpdatePackaging& current();
 };

@@ -18,7 +18,6 @@ public:
     // Starts announcing activations.
     virtual void startWatching() = 0;
 
-    static Workspace& current();
 
 signals:
     void applicationActivated();

@@ -14,12 +14,12 @@
 
 SearchPanelController::SearchPanelController(AccessibilityService& accessibilityService,
                                              std::optional<RunningApplication> targetApp, DesktopWindows& windows,
-                                             QObject* parent)
+                                             const SearchServices& services, QObject* parent)
     : QObject(parent),
       accessibilityService_(accessibilityService),
       targetApp_(std::move(targetApp)),
       windows_(windows),
-      services_(std::make_unique<SearchServices>())
+      services_(std::make_unique<SearchServices>(services))
 {
 }
 
@@ -28,11 +28,6 @@ SearchPanelController::~SearchPanelController()
     removeMonitors();
     delete panel_;
     delete searchViewModel_;
-}
-
-void SearchPanelController::setSearchServices(const SearchServices& services)
-{
-    *services_ = services;
 }
 
 QScreen* SearchPanelController::targetScreen() const

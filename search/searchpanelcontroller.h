@@ -23,12 +23,10 @@ class SearchPanelController : public QObject {
     Q_OBJECT
 
 public:
+    // `services` are what the search model works with.
     SearchPanelController(AccessibilityService& accessibilityService, std::optional<RunningApplication> targetApp,
-                          DesktopWindows& windows, QObject* parent = nullptr);
+                          DesktopWindows& windows, const SearchServices& services, QObject* parent = nullptr);
     ~SearchPanelController() override;
-
-    // What the model is given; tests pass their own.
-    void setSearchServices(const SearchServices& services);
 
     void show();
     void dismiss();

@@ -95,10 +95,7 @@ SearchViewModel::SearchViewModel(AccessibilityService& accessibilityService,
       onDismiss_(std::move(onDismiss)),
       services_(std::move(services))
 {
-    if (!services_.usage)
-        services_.usage = &UsageTracker::shared();
-    if (!services_.analytics)
-        services_.analytics = &AnalyticsService::shared();
+    Q_ASSERT(services_.usage && services_.analytics);
     if (!services_.press) {
         services_.press = [reader = &accessibilityService_, usage = services_.usage](const MenuItem& item) {
             // Waits on the target: the reader presses on its pool, never here

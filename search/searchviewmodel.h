@@ -25,10 +25,11 @@ struct RankedItem {
     qint64 score;
 };
 
-// What a search model works with; tests pass their own.
+// What a search model works with: the program's (or a test's) usage history
+// and usage events, both required.
 struct SearchServices {
-    UsageTracker* usage = nullptr;         // the shared tracker when absent
-    AnalyticsService* analytics = nullptr; // the shared service when absent
+    UsageTracker* usage = nullptr;
+    AnalyticsService* analytics = nullptr;
     std::function<bool(const MenuItem&)> press; // pressMenuItem through the reader's interface when absent
 };
 

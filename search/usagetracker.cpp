@@ -47,12 +47,6 @@ std::optional<UsageTracker::UsageData> decode(const std::optional<QVariantMap>& 
 
 } // namespace
 
-UsageTracker& UsageTracker::shared()
-{
-    static UsageTracker tracker(SettingsStore::standard());
-    return tracker;
-}
-
 UsageTracker::UsageTracker(SettingsStore& store)
     : key(SettingsKey::menuItemUsage), store_(store), usageData_(decode(store.dictionaryValue(key)).value_or(UsageData{}))
 {

@@ -12,8 +12,6 @@ public:
     // bundle key → (path key → successful presses)
     using UsageData = QHash<QString, QHash<QString, qint64>>;
 
-    // The program's tracker, over the user's settings.
-    static UsageTracker& shared();
 
     // Loads the stored counts; a stored value of any other shape gives none
     // (and is left alone until the next write replaces it).

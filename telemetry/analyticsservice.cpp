@@ -57,16 +57,6 @@ AnalyticsService::Endpoint AnalyticsService::builtInEndpoint()
             QStringLiteral(KESTRIO_ANALYTICS_APP_KEY), QStringLiteral(KESTRIO_CRASH_REPORT_DSN)};
 }
 
-AnalyticsService& AnalyticsService::shared()
-{
-    static CrashReporter* crashReporter = new CrashReporter(
-        SystemInfo::current(),
-        QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/kestrio/crashes"));
-    static AnalyticsService* service = new AnalyticsService(SettingsStore::standard(), SystemInfo::current(),
-                                                            Clock::wall(), builtInEndpoint(), *crashReporter);
-    return *service;
-}
-
 AnalyticsService::AnalyticsService(SettingsStore& settings, const SystemInfo& system, const Clock& wallClock,
                                    Endpoint endpoint, CrashReporter& crashReporter, QObject* parent)
     : QObject(parent),

@@ -24,8 +24,6 @@ public:
         QString sentryDSN;
     };
 
-    // The program's service, with the endpoints it was built with.
-    static AnalyticsService& shared();
     static Endpoint builtInEndpoint();
 
     AnalyticsService(SettingsStore& settings, const SystemInfo& system, const Clock& wallClock, Endpoint endpoint,

@@ -1,5 +1,7 @@
 #include "telemetry/crashreporter.h"
 
+#include <QStandardPaths>
+
 #include "platform/systeminfo.h"
 #include "telemetry/apphangwatchdog.h"
 #include "telemetry/appinfo.h"
@@ -54,6 +56,11 @@ QJsonObject stacktrace(const QJsonArray& framesNewestFirst)
 CrashReporter::CrashReporter(const SystemInfo& system, QString crashFolder, QObject* parent)
     : QObject(parent), system_(system), crashFolder_(std::move(crashFolder))
 {
+}
+
+QString CrashReporter::standardFolder()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/kestrio/crashes");
 }
 
 CrashReporter::~CrashReporter()

@@ -39,6 +39,8 @@ public:
 
     // Crash records wait in `crashFolder` until a start sends them.
     CrashReporter(const SystemInfo& system, QString crashFolder, QObject* parent = nullptr);
+    // The program's crash folder: $XDG_DATA_HOME/kestrio/crashes.
+    static QString standardFolder();
     ~CrashReporter() override;
 
     void start(const Options& options);

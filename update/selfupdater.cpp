@@ -92,23 +92,18 @@ struct SelfUpdater::InstallRequest {
     qint64 processIdentifier = 0;
 };
 
-SelfUpdater& SelfUpdater::shared()
+SelfUpdater::Environment SelfUpdater::builtInEnvironment(UpdatePackaging& packaging)
 {
-    static SelfUpdater* updater = [] {
-        QString cache = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
-        if (cache.isEmpty())
-            cache = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-        const QString workspaces = cache + QStringLiteral("/kestrio");
-        QDir().mkpath(workspaces);
-        QFile::setPermissions(workspaces, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        const QUrl releasePage(QStringLiteral("https://%1/apps/kestrio/").arg(QStringLiteral(KESTRIO_WEBSITE_HOST)));
-        return new SelfUpdater(UpdatePackaging::current(),
-                               Environment{workspaces, UpdatePackaging::current().installedBundle(),
-                                           QCoreApplication::applicationPid(), [] { QCoreApplication::quit(); },
-                                           QStringLiteral(KESTRIO_UPDATE_PUBLIC_KEY), KESTRIO_UPDATE_MAX_BYTES,
-                                           [releasePage] { QDesktopServices::openUrl(releasePage); }});
-    }();
-    return *updater;
+    QString cache = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
+    if (cache.isEmpty())
+        cache = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    const QString workspaces = cache + QStringLiteral("/kestrio");
+    QDir().mkpath(workspaces);
+    QFile::setPermissions(workspaces, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    const QUrl releasePage(QStringLiteral("https://%1/apps/kestrio/").arg(QStringLiteral(KESTRIO_WEBSITE_HOST)));
+    return Environment{workspaces, packaging.installedBundle(), QCoreApplication::applicationPid(),
+                       [] { QCoreApplication::quit(); }, QStringLiteral(KESTRIO_UPDATE_PUBLIC_KEY),
+                       KESTRIO_UPDATE_MAX_BYTES, [releasePage] { QDesktopServices::openUrl(releasePage); }};
 }
 
 SelfUpdater::SelfUpdater(UpdatePackaging& packaging, Environment environment, QObject* parent)

@@ -50,7 +50,9 @@ public:
     static constexpr const char* kScriptName = "kestrio-updater.sh";
     static constexpr qint64 kMaxSignatureBytes = 4096;
 
-    static SelfUpdater& shared();
+    // What the program runs with: the workspaces in the user's cache, the
+    // installation it came from, the maker's key and limits built in.
+    static Environment builtInEnvironment(UpdatePackaging& packaging);
 
     SelfUpdater(UpdatePackaging& packaging, Environment environment, QObject* parent = nullptr);
     ~SelfUpdater() override;

@@ -18,14 +18,6 @@
 
 #include <memory>
 
-UpdateCheckService& UpdateCheckService::shared()
-{
-    static UpdateCheckService* service =
-        new UpdateCheckService(builtInManifestURL(), SettingsStore::standard(), AnalyticsService::shared(),
-                               NotificationHub::shared(), SystemInfo::current(), Clock::wall());
-    return *service;
-}
-
 QUrl UpdateCheckService::builtInManifestURL()
 {
     return QUrl(QStringLiteral("https://%1/apps/kestrio/latest.json").arg(QStringLiteral(KESTRIO_WEBSITE_HOST)));

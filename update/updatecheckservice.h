@@ -31,7 +31,6 @@ public:
     // A manifest is a few hundred bytes; an answer larger than this is not one.
     static constexpr qint64 kMaxManifestBytes = 64 * 1024;
 
-    static UpdateCheckService& shared();
     static QUrl builtInManifestURL();
 
     UpdateCheckService(QUrl manifestURL, SettingsStore& settings, AnalyticsService& analytics,

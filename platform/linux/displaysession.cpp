@@ -23,8 +23,3 @@ DisplaySession DisplaySession::fromEnvironment(const QProcessEnvironment& enviro
     return session;
 }
 
-const DisplaySession& DisplaySession::current()
-{
-    static const DisplaySession session = fromEnvironment(QProcessEnvironment::systemEnvironment());
-    return session;
-}

@@ -12,8 +12,6 @@ struct DisplaySession {
     Compositor compositor = Compositor::x11WindowManager;
 
     static DisplaySession fromEnvironment(const QProcessEnvironment& environment);
-    // This process's, read once.
-    static const DisplaySession& current();
 
     bool isWayland() const { return kind == Kind::wayland; }
 };

@@ -1,63 +1,27 @@
-// The Linux answers to the platform's "current" accessors.
+#include "platform/linux/linuxplatform.h"
+
 #include "platform/desktopwindows.h"
 #include "platform/hotkeyplatform.h"
 #include "platform/linux/atspi/atspiaccessibility.h"
 #include "platform/linux/dbus/sessionbuscontrol.h"
 #include "platform/linux/displaysession.h"
-#include "platform/linux/evdev/evdevkeyboardtap.h"
-#include "platform/linux/gnome/gnomeshortcut.h"
-#include "platform/linux/kde/kdeglobalshortcut.h"
-#include "platform/linux/portal/globalshortcutsportal.h"
-#include "platform/linux/sway/swaybinding.h"
+#include "platform/linux/linuxhotkeyplatform.h"
+#include "platform/linux/linuxsysteminfo.h"
 #include "platform/linux/sway/swaywindows.h"
 #include "platform/linux/tarupdatepackaging.h"
 #include "platform/linux/wayland/waylanddesktopwindows.h"
 #include "platform/linux/x11/x11desktopwindows.h"
 #include "platform/linux/x11/x11keyboardlayout.h"
-#include "platform/linux/x11/x11keyboardtap.h"
 #include "platform/linux/x11/x11windows.h"
 #include "platform/linux/x11/x11workspace.h"
 #include "platform/linux/xdg/xdgautostartloginitem.h"
-#include "platform/linux/xkb/desktopkeys.h"
 #include "platform/linux/xkb/xkbkeyboardlayout.h"
 #include "platform/loginitem.h"
 #include "platform/updatepackaging.h"
 
 #include <QCoreApplication>
-#include <QFileInfo>
-#include <QStandardPaths>
 
 namespace {
-
-// sway's IPC connection, shared by the window directory, the workspace and
-// the focus requests; nothing outside sway.
-SwayWindows* swayWindows()
-{
-    static SwayWindows* windows = DisplaySession::current().compositor == DisplaySession::Compositor::sway
-        ? new SwayWindows(qEnvironmentVariable("SWAYSOCK"))
-        : nullptr;
-    return windows;
-}
-
-// The X server's windows, shared by the window directory, the workspace and
-// the window operations: one thread follows them all.
-X11Windows& x11Windows()
-{
-    static X11Windows* windows = new X11Windows;
-    return *windows;
-}
-
-bool watchesFocusOnTheBus()
-{
-    const DisplaySession& session = DisplaySession::current();
-    return session.isWayland() && session.compositor != DisplaySession::Compositor::sway;
-}
-
-AtspiAccessibility& atspi()
-{
-    static AtspiAccessibility* accessibility = new AtspiAccessibility(WindowDirectory::current(), watchesFocusOnTheBus());
-    return *accessibility;
-}
 
 // Under Wayland: the front application as the accessibility backend names
 // it (from sway's tree, or from the toolkits' focus announcements where the
@@ -65,9 +29,12 @@ AtspiAccessibility& atspi()
 // announces it; `watch` connects that announcement once watching starts.
 class AnnouncedWorkspace final : public Workspace {
 public:
-    explicit AnnouncedWorkspace(std::function<void(Workspace&)> watch) : watch_(std::move(watch)) {}
+    AnnouncedWorkspace(Accessibility& accessibility, std::function<void(Workspace&)> watch)
+        : accessibility_(accessibility), watch_(std::move(watch))
+    {
+    }
 
-    std::optional<RunningApplication> frontmostApplication() override { return atspi().frontmostApplication(); }
+    std::optional<RunningApplication> frontmostApplication() override { return accessibility_.frontmostApplication(); }
     void startWatching() override
     {
         if (watch_)
@@ -75,240 +42,147 @@ public:
     }
 
 private:
+    Accessibility& accessibility_;
     std::function<void(Workspace&)> watch_;
-};
-
-class LinuxHotkeyPlatform final : public HotkeyPlatform {
-public:
-    // Watching keys on X11 needs no grant; reading menus does, so trust means
-    // the accessibility bus answers, as for the menu reader.
-    bool isProcessTrusted() override { return Accessibility::current().isProcessTrusted(); }
-    // Under Wayland the X server sees only the keys of X clients: a tap there
-    // would look alive and miss most presses, so the kernel's devices are read.
-    bool createTap(Callback callback) override
-    {
-        return wayland_ ? devices_.create(std::move(callback)) : x11_.create(std::move(callback));
-    }
-    void enableTap(bool enabled) override
-    {
-        devices_.setEnabled(enabled);
-        x11_.setEnabled(enabled);
-    }
-    void releaseTap() override
-    {
-        devices_.release();
-        x11_.release();
-    }
-    KeyboardAccess keyboardAccess() override
-    {
-        if (!wayland_)
-            return KeyboardAccess::sessionWide;
-        return EvdevKeyboardTap::canReadKeyboards() ? KeyboardAccess::inputDevices : KeyboardAccess::none;
-    }
-    DesktopShortcutSetup desktopShortcutSetup() override
-    {
-        if (keyboardAccess() != KeyboardAccess::none)
-            return DesktopShortcutSetup::notNeeded;
-        switch (DisplaySession::current().compositor) {
-        case DisplaySession::Compositor::gnome:
-            // GNOME's own custom shortcuts, which its settings show and edit.
-            return GnomeShortcut::isAvailable() ? DesktopShortcutSetup::desktopWatches : DesktopShortcutSetup::byHand;
-        case DisplaySession::Compositor::sway:
-            return DesktopShortcutSetup::configLine;
-        case DisplaySession::Compositor::kde:
-            return DesktopShortcutSetup::desktopWatches; // Plasma's own global shortcuts
-        default:
-            return portal().isAvailable().value_or(false) ? DesktopShortcutSetup::desktopWatches
-                                                         : DesktopShortcutSetup::byHand;
-        }
-    }
-    bool bindDesktopShortcut(const KeyChord& shortcut, bool replace, std::function<void()> activated,
-                             std::function<void(const DesktopShortcutState&)> changed) override
-    {
-        const std::optional<DesktopKeys> keys = DesktopKeys::of(shortcut, KeyboardLayout::current());
-        if (!wayland_ || !keys)
-            return false;
-        if (DisplaySession::current().compositor == DisplaySession::Compositor::gnome) {
-            if (!GnomeShortcut::isAvailable())
-                return false;
-            // GNOME runs the toggle command; `activated` is not needed.
-            changed({DesktopShortcutState::Kind::pending, {}, {}});
-            gnome().bind(*keys, replace, std::move(changed));
-            return true;
-        }
-        if (DisplaySession::current().compositor == DisplaySession::Compositor::kde) {
-            changed({DesktopShortcutState::Kind::pending, {}, {}});
-            kde().bind(*keys, replace, std::move(activated), std::move(changed));
-            return true;
-        }
-        // Asked once the portal has said whether it is there; until then the
-        // detector's poll asks again.
-        if (!portal().isAvailable().value_or(false))
-            return false;
-        QObject::disconnect(portalState_);
-        portalState_ = QObject::connect(&portal(), &GlobalShortcutsPortal::stateChanged, &portal(), std::move(changed));
-        portal().bind(keys->portalTrigger(), QStringLiteral("Open Kestrio's search panel"), std::move(activated));
-        return true;
-    }
-    void releaseDesktopShortcut() override
-    {
-        if (portal_)
-            portal_->release();
-        if (kde_)
-            kde_->release();
-    }
-    void forgetDesktopShortcut() override
-    {
-        if (DisplaySession::current().compositor == DisplaySession::Compositor::gnome && GnomeShortcut::isAvailable())
-            gnome().forget();
-        if (DisplaySession::current().compositor == DisplaySession::Compositor::kde)
-            kde().forget();
-        releaseDesktopShortcut();
-    }
-    QString desktopShortcutConfigLine(const KeyChord& shortcut) override
-    {
-        const std::optional<DesktopKeys> keys = DesktopKeys::of(shortcut, KeyboardLayout::current());
-        return keys ? swayBindsym(*keys, toggleCommand()) : QString();
-    }
-    // Where the desktop may watch shortcuts, it is asked early: the answer
-    // decides the custom shortcut at start.
-    void prepare()
-    {
-        using Compositor = DisplaySession::Compositor;
-        const Compositor compositor = DisplaySession::current().compositor;
-        if (wayland_ && compositor != Compositor::gnome && compositor != Compositor::kde && compositor != Compositor::sway)
-            portal();
-    }
-
-private:
-    GlobalShortcutsPortal& portal()
-    {
-        if (!portal_)
-            portal_ = std::make_unique<GlobalShortcutsPortal>(QDBusConnection::sessionBus());
-        return *portal_;
-    }
-
-    GnomeShortcut& gnome()
-    {
-        if (!gnome_)
-            gnome_ = std::make_unique<GnomeShortcut>(toggleCommand());
-        return *gnome_;
-    }
-
-    KdeGlobalShortcut& kde()
-    {
-        if (!kde_)
-            kde_ = std::make_unique<KdeGlobalShortcut>(QDBusConnection::sessionBus());
-        return *kde_;
-    }
-
-    // The command a desktop shortcut runs: this program, by name where that
-    // finds it (an installed Kestrio), else by its path (a build of its own).
-    static QString toggleCommand()
-    {
-        const QString self = QFileInfo(QCoreApplication::applicationFilePath()).canonicalFilePath();
-        const QString found = QStandardPaths::findExecutable(QStringLiteral("kestrio"));
-        if (!found.isEmpty() && QFileInfo(found).canonicalFilePath() == self)
-            return QStringLiteral("kestrio --toggle");
-        QString quoted = self;
-        quoted.replace(u'\'', QStringLiteral("'\\''"));
-        return u'\'' + quoted + QStringLiteral("' --toggle");
-    }
-
-    std::unique_ptr<GlobalShortcutsPortal> portal_;
-    QMetaObject::Connection portalState_;
-    std::unique_ptr<GnomeShortcut> gnome_;
-    std::unique_ptr<KdeGlobalShortcut> kde_;
-    const bool wayland_ = DisplaySession::current().isWayland();
-    X11KeyboardTap x11_;
-    EvdevKeyboardTap devices_;
 };
 
 } // namespace
 
-Accessibility& Accessibility::current()
+LinuxPlatform::LinuxPlatform(const DisplaySession& session) : session_(session) {}
+
+LinuxPlatform::~LinuxPlatform()
 {
-    return atspi();
+    // The last made goes first: what each one uses outlives it.
+    updatePackaging_.reset();
+    remoteControl_.reset();
+    loginItem_.reset();
+    hotkeys_.reset();
+    keyboardLayout_.reset();
+    workspace_.reset();
+    desktopWindows_.reset();
+    accessibility_.reset();
+    systemInfo_.reset();
+    noWindows_.reset();
+    sway_.reset();
+    x11_.reset();
 }
 
-HotkeyPlatform& HotkeyPlatform::current()
+SwayWindows* LinuxPlatform::sway()
 {
-    static LinuxHotkeyPlatform* platform = [] {
-        auto* made = new LinuxHotkeyPlatform;
-        made->prepare();
-        return made;
-    }();
-    return *platform;
+    if (!std::exchange(swayAsked_, true) && session_.compositor == DisplaySession::Compositor::sway)
+        sway_ = std::make_unique<SwayWindows>(qEnvironmentVariable("SWAYSOCK"));
+    return sway_.get();
 }
 
-WindowDirectory& WindowDirectory::current()
+X11Windows& LinuxPlatform::x11()
 {
-    static WindowDirectory* directory = [] () -> WindowDirectory* {
-        if (!DisplaySession::current().isWayland())
-            return &x11Windows();
-        if (SwayWindows* sway = swayWindows())
-            return sway;
-        return new NoWindowDirectory;
-    }();
-    return *directory;
+    if (!x11_)
+        x11_ = std::make_unique<X11Windows>();
+    return *x11_;
 }
 
-DesktopWindows& DesktopWindows::current()
+WindowDirectory& LinuxPlatform::windowDirectory()
 {
-    static DesktopWindows* windows = [] () -> DesktopWindows* {
-        if (!DisplaySession::current().isWayland())
-            return new X11DesktopWindows(x11Windows());
-        std::function<void(quint64)> focus;
-        if (SwayWindows* sway = swayWindows())
-            focus = [sway](quint64 id) { sway->focus(id); };
-        return new WaylandDesktopWindows(WindowDirectory::current(), std::move(focus));
-    }();
-    return *windows;
+    if (!session_.isWayland())
+        return x11();
+    if (SwayWindows* windows = sway())
+        return *windows;
+    if (!noWindows_)
+        noWindows_ = std::make_unique<NoWindowDirectory>();
+    return *noWindows_;
 }
 
-Workspace& Workspace::current()
+AtspiAccessibility& LinuxPlatform::accessibility()
 {
-    static Workspace* workspace = [] () -> Workspace* {
-        if (!DisplaySession::current().isWayland())
-            return new X11Workspace(x11Windows());
-        if (SwayWindows* sway = swayWindows()) {
-            return new AnnouncedWorkspace([sway](Workspace& workspace) {
-                QObject::connect(sway, &SwayWindows::focusChanged, &workspace, &Workspace::applicationActivated);
+    // Where the compositor tells other programs nothing of its windows (GNOME
+    // and KDE under Wayland), the toolkits' focus announcements say which
+    // application is in front.
+    if (!accessibility_) {
+        const bool watchFocus = session_.isWayland() && session_.compositor != DisplaySession::Compositor::sway;
+        accessibility_ = std::make_unique<AtspiAccessibility>(windowDirectory(), watchFocus);
+    }
+    return *accessibility_;
+}
+
+DesktopWindows& LinuxPlatform::desktopWindows()
+{
+    if (!desktopWindows_) {
+        if (!session_.isWayland()) {
+            desktopWindows_ = std::make_unique<X11DesktopWindows>(x11());
+        } else {
+            std::function<void(quint64)> focus;
+            if (SwayWindows* windows = sway())
+                focus = [windows](quint64 id) { windows->focus(id); };
+            desktopWindows_ = std::make_unique<WaylandDesktopWindows>(windowDirectory(), std::move(focus));
+        }
+    }
+    return *desktopWindows_;
+}
+
+Workspace& LinuxPlatform::workspace()
+{
+    if (!workspace_) {
+        if (!session_.isWayland()) {
+            workspace_ = std::make_unique<X11Workspace>(x11(), accessibility());
+        } else if (SwayWindows* windows = sway()) {
+            workspace_ = std::make_unique<AnnouncedWorkspace>(accessibility(), [windows](Workspace& workspace) {
+                QObject::connect(windows, &SwayWindows::focusChanged, &workspace, &Workspace::applicationActivated);
+            });
+        } else {
+            workspace_ = std::make_unique<AnnouncedWorkspace>(accessibility(), [this](Workspace& workspace) {
+                if (AtspiFocusWatch* watch = accessibility().focusWatch())
+                    QObject::connect(watch, &AtspiFocusWatch::focusChanged, &workspace, &Workspace::applicationActivated);
             });
         }
-        return new AnnouncedWorkspace([](Workspace& workspace) {
-            if (AtspiFocusWatch* watch = atspi().focusWatch())
-                QObject::connect(watch, &AtspiFocusWatch::focusChanged, &workspace, &Workspace::applicationActivated);
-        });
-    }();
-    return *workspace;
+    }
+    return *workspace_;
 }
 
-UpdatePackaging& UpdatePackaging::current()
-{
-    static TarUpdatePackaging* packaging = new TarUpdatePackaging;
-    return *packaging;
-}
-
-KeyboardLayout& KeyboardLayout::current()
+KeyboardLayout& LinuxPlatform::keyboardLayout()
 {
     // Wayland hands its keymap only to a client's own windows: the XKB
     // defaults of the session stand in.
-    static KeyboardLayout* layout = DisplaySession::current().isWayland()
-        ? static_cast<KeyboardLayout*>(new XkbKeyboardLayout)
-        : new X11KeyboardLayout;
-    return *layout;
+    if (!keyboardLayout_) {
+        if (session_.isWayland())
+            keyboardLayout_ = std::make_unique<XkbKeyboardLayout>();
+        else
+            keyboardLayout_ = std::make_unique<X11KeyboardLayout>();
+    }
+    return *keyboardLayout_;
 }
 
-LoginItem& LoginItem::current()
+HotkeyPlatform& LinuxPlatform::hotkeys()
 {
-    static XdgAutostartLoginItem* item =
-        new XdgAutostartLoginItem(XdgAutostartLoginItem::userAutostartFolder(), QCoreApplication::applicationFilePath());
-    return *item;
+    if (!hotkeys_)
+        hotkeys_ = std::make_unique<LinuxHotkeyPlatform>(session_, accessibility(), keyboardLayout());
+    return *hotkeys_;
 }
 
-RemoteControl& RemoteControl::current()
+LoginItem& LinuxPlatform::loginItem()
 {
-    static SessionBusControl* control = new SessionBusControl;
-    return *control;
+    if (!loginItem_)
+        loginItem_ = std::make_unique<XdgAutostartLoginItem>(XdgAutostartLoginItem::userAutostartFolder(),
+                                                             QCoreApplication::applicationFilePath());
+    return *loginItem_;
+}
+
+RemoteControl& LinuxPlatform::remoteControl()
+{
+    if (!remoteControl_)
+        remoteControl_ = std::make_unique<SessionBusControl>();
+    return *remoteControl_;
+}
+
+UpdatePackaging& LinuxPlatform::updatePackaging()
+{
+    if (!updatePackaging_)
+        updatePackaging_ = std::make_unique<TarUpdatePackaging>();
+    return *updatePackaging_;
+}
+
+const SystemInfo& LinuxPlatform::systemInfo()
+{
+    if (!systemInfo_)
+        systemInfo_ = std::make_unique<LinuxSystemInfo>();
+    return *systemInfo_;
 }

@@ -85,7 +85,7 @@ protected:
     void launch()
     {
         app = std::make_unique<AppDelegate>(AppDelegate::Services{
-            settings.store(), hotkey, analytics, ax, windows, workspace, hub,
+            settings.store(), hotkey, analytics, usage, ax, windows, workspace, hub,
             [this] { ++terminations; }, [this] { ++updateChecks; }, {}, QStringLiteral("kestrio"),
             [this] {
                 ++settingsViews;

@@ -8,6 +8,7 @@
 #include "hotkey/hotkeyservice.h"
 #include "platform/clock.h"
 #include "platform/hotkeyplatform.h"
+#include "platform/linux/linuxplatform.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -33,6 +34,7 @@ void say(const char* line)
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
+    LinuxPlatform platform; // the backends of this session
     const QStringList args = app.arguments();
     SettingsStore settings(QDir::temp().filePath(QStringLiteral("kestrio-hotkey-probe-%1.json").arg(app.applicationPid())));
     const bool measure = args.value(1) == QLatin1String("--measure");
@@ -42,7 +44,7 @@ int main(int argc, char** argv)
         settings.setInteger(SettingsKey::customHotkeyModifiers, args.value(3).toLongLong(nullptr, 0));
     }
 
-    HotkeyService service(HotkeyPlatform::current(), settings, Clock::monotonic());
+    HotkeyService service(platform.hotkeys(), settings, Clock::monotonic());
     QElapsedTimer sinceInjection;
     std::vector<double> delaysUs;
     service.onActivate = [&] {

@@ -4,12 +4,15 @@
 #include "menu/accessibilityservice.h"
 #include "platform/accessibility.h"
 #include "platform/desktopwindows.h"
+#include "platform/linux/atspi/atspiaccessibility.h"
+#include "platform/linux/linuxplatform.h"
 #include "platform/linux/x11/x11windows.h"
 #include "search/resultlistmodel.h"
 #include "search/searchpanel.h"
 #include "search/searchpanelcontroller.h"
 #include "search/searchview.h"
 #include "search/searchviewmodel.h"
+#include "support/quietsearch.h"
 
 #include <QApplication>
 #include <QJsonArray>
@@ -63,16 +66,18 @@ void report(const QJsonObject& state)
 int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
+    LinuxPlatform platform; // the backends of this session
     app.setQuitOnLastWindowClosed(false);
     const QStringList args = app.arguments();
     const int delay = args.contains("--delay-reading") ? args.value(args.indexOf("--delay-reading") + 1).toInt() : 0;
-    SlowAccessibility ax(Accessibility::current(), delay);
+    SlowAccessibility ax(platform.accessibility(), delay);
     AccessibilityService reader(ax);
     // Opened the moment it starts: the desktop's windows must have been read once.
-    if (auto* x11 = dynamic_cast<X11Windows*>(&WindowDirectory::current()))
+    if (auto* x11 = dynamic_cast<X11Windows*>(&platform.windowDirectory()))
         x11->waitForFirstReading(5000);
     const std::optional<RunningApplication> target = ax.frontmostApplication();
-    SearchPanelController controller(reader, target, DesktopWindows::current());
+    QuietSearch search(platform.systemInfo());
+    SearchPanelController controller(reader, target, platform.desktopWindows(), search.services());
     controller.show();
     if (!controller.panel())
         return 1;

@@ -7,10 +7,10 @@
 // data, dark, about, onboarding (as before the permission is granted).
 #include "app/aboutview.h"
 #include "app/appearancetheme.h"
-#include "base/notificationhub.h"
 #include "app/onboardingview.h"
-#include "base/settingsstore.h"
 #include "app/settingsview.h"
+#include "base/notificationhub.h"
+#include "base/settingsstore.h"
 #include "hotkey/hotkeyservice.h"
 #include "hotkey/shortcutrecorderbutton.h"
 #include "menu/accessibilityservice.h"
@@ -19,6 +19,8 @@
 #include "platform/fake/fakeaccessibility.h"
 #include "platform/hotkeyplatform.h"
 #include "platform/keyboardlayout.h"
+#include "platform/linux/atspi/atspiaccessibility.h"
+#include "platform/linux/linuxplatform.h"
 #include "platform/loginitem.h"
 #include "platform/updatepackaging.h"
 #include "search/usagetracker.h"
@@ -74,6 +76,7 @@ QPushButton* button(QWidget* in, const QString& text)
 int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
+    LinuxPlatform platform; // the backends of this session
     app.setApplicationName(QStringLiteral("Kestrio"));
     app.setQuitOnLastWindowClosed(false);
     const QString scene = app.arguments().value(1, QStringLiteral("general"));
@@ -107,14 +110,14 @@ int main(int argc, char** argv)
     // Like the program, start once the platform knows whether menus may be
     // read, so the hotkey's state does not change under the screenshots.
     bool trustKnown = false;
-    Accessibility::current().afterTrustIsKnown(&app, [&trustKnown] { trustKnown = true; });
+    platform.accessibility().afterTrustIsKnown(&app, [&trustKnown] { trustKnown = true; });
     while (!trustKnown)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
 
     NotificationHub hub;
-    HotkeyService hotkey(HotkeyPlatform::current(), store, Clock::monotonic());
+    HotkeyService hotkey(platform.hotkeys(), store, Clock::monotonic());
     hotkey.start();
-    AccessibilityService accessibility(Accessibility::current());
+    AccessibilityService accessibility(platform.accessibility());
     UsageTracker usage(store);
     usage.recordUsage(QStringLiteral("org.xfce.mousepad"), QStringLiteral("File → Save"));
     // A marked installation and a download that stalls half-way, so the
@@ -122,7 +125,7 @@ int main(int argc, char** argv)
     const QString installation = folder.filePath(QStringLiteral("Kestrio.app"));
     QDir().mkpath(installation);
     InstallMarker{QStringLiteral("Kestrio"), QStringLiteral("1.0.0"), {}}.write(installation);
-    SelfUpdater updater(UpdatePackaging::current(),
+    SelfUpdater updater(platform.updatePackaging(),
                         SelfUpdater::Environment{folder.path(), installation, QCoreApplication::applicationPid(), [] {},
                                                  QString::fromLatin1(QByteArray("Ed" + QByteArray(40, '\x01')).toBase64()),
                                                  1 << 20, [] {}});
@@ -130,7 +133,7 @@ int main(int argc, char** argv)
     download.paths["/Kestrio-9.9.9.tar.gz"] = {200, QByteArray(1000, 'x'), LoopbackAnswer::Ending::stalled};
     download.paths["/Kestrio-9.9.9.tar.gz.minisig"] = {200, "signature"};
     auto* view = new SettingsView(SettingsView::Services{
-        store, hub, hotkey, accessibility, usage, updater, LoginItem::current(), KeyboardLayout::current(),
+        store, hub, hotkey, accessibility, usage, updater, platform.loginItem(), platform.keyboardLayout(),
         [&download](SettingsView::UpdateCompletion done) {
             QTimer::singleShot(300, [done, url = download.url(QStringLiteral("/Kestrio-9.9.9.tar.gz"))] {
                 done(UpdateCheckResult{QStringLiteral("9.9.9"), std::nullopt, url, std::nullopt, true});

@@ -10,6 +10,7 @@
 // it can be read.
 #include "menu/accessibilityservice.h"
 #include "platform/linux/atspi/atspiaccessibility.h"
+#include "platform/linux/linuxplatform.h"
 
 #include <QCoreApplication>
 #include <QJsonArray>
@@ -22,13 +23,14 @@
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
+    LinuxPlatform platform; // the backends of this session
     const QStringList args = app.arguments().mid(1);
     const qsizetype pressAt = args.indexOf(QStringLiteral("--press"));
     const QString pressName = pressAt >= 0 ? args.value(pressAt + 1) : QString();
     const QString pressPath = pressAt >= 0 ? args.value(pressAt + 2) : QString();
     bool pressed = pressName.isEmpty();
 
-    auto& ax = static_cast<AtspiAccessibility&>(Accessibility::current());
+    auto& ax = static_cast<AtspiAccessibility&>(platform.accessibility());
     AccessibilityService service(ax);
     QJsonObject last;
     QTimer poll;

@@ -7,10 +7,12 @@
 #include "base/notificationhub.h"
 #include "base/settingsstore.h"
 #include "platform/clock.h"
+#include "platform/linux/linuxplatform.h"
 #include "platform/systeminfo.h"
 #include "platform/updatepackaging.h"
 #include "support/loopbackhttpserver.h"
 #include "telemetry/analyticsservice.h"
+#include "telemetry/crashreporter.h"
 #include "update/selfupdater.h"
 #include "update/updatecheckservice.h"
 
@@ -35,6 +37,7 @@ void report(const QJsonObject& line)
 int main(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
+    LinuxPlatform platform; // the backends of this session
     const QStringList args = app.arguments();
     if (args.size() != 4) {
         std::fprintf(stderr, "usage: kestrio-update-harness MANIFEST_URL INSTALLATION PUBLIC_KEY\n");
@@ -45,7 +48,7 @@ int main(int argc, char** argv)
 
     const QString workspaces = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) + "/kestrio";
     QDir().mkpath(workspaces);
-    SelfUpdater updater(UpdatePackaging::current(),
+    SelfUpdater updater(platform.updatePackaging(),
                         SelfUpdater::Environment{workspaces, args[2], QCoreApplication::applicationPid(),
                                                  [] { QCoreApplication::exit(0); }, args[3], qint64(1) << 30,
                                                  [] { report({{"releasePage", true}}); }});
@@ -56,8 +59,11 @@ int main(int argc, char** argv)
             QCoreApplication::exit(1);
     });
 
-    UpdateCheckService checker(QUrl(args[1]), SettingsStore::standard(), AnalyticsService::shared(),
-                               NotificationHub::shared(), SystemInfo::current(), Clock::wall());
+    SettingsStore settings(SettingsStore::standardPath());
+    NotificationHub hub;
+    CrashReporter crashes(platform.systemInfo(), CrashReporter::standardFolder());
+    AnalyticsService analytics(settings, platform.systemInfo(), Clock::wall(), AnalyticsService::builtInEndpoint(), crashes);
+    UpdateCheckService checker(QUrl(args[1]), settings, analytics, hub, platform.systemInfo(), Clock::wall());
     checker.checkForUpdates([&updater](const UpdateCheckService::Outcome& outcome) {
         if (const auto* error = std::get_if<UpdateCheckError>(&outcome)) {
             report({{"check", error->description()}});

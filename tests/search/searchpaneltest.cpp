@@ -93,8 +93,7 @@ protected:
 
     void open(std::optional<RunningApplication> target = RunningApplication{42, "Editor", "org.editor"}, bool wait = true)
     {
-        controller = std::make_unique<SearchPanelController>(reader, target, windows);
-        controller->setSearchServices(SearchServices{&usage, &analytics, [this](const MenuItem& item) {
+        controller = std::make_unique<SearchPanelController>(reader, target, windows, SearchServices{&usage, &analytics, [this](const MenuItem& item) {
             pressed << item.pathKey();
             return true;
         }});

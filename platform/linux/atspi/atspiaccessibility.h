@@ -32,7 +32,7 @@ public:
 
     // With `watchFocus`, the front application comes from the bus's focus
     // announcements whenever the window directory knows no active window.
-    explicit AtspiAccessibility(WindowDirectory& windows = WindowDirectory::current(), bool watchFocus = false);
+    explicit AtspiAccessibility(WindowDirectory& windows, bool watchFocus = false);
     ~AtspiAccessibility() override;
 
     // The window's menu bar; where it has none, the one its application

@@ -45,8 +45,6 @@ public:
     // for when the session bus does not tell.
     virtual QString announcedAccessibilityBus() { return {}; }
 
-    // The session's: X11 hints, sway's tree, or nothing at all.
-    static WindowDirectory& current();
 };
 
 // A desktop that tells nothing (a Wayland compositor without an interface

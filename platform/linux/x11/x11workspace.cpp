@@ -6,11 +6,14 @@
 
 #include <QPointer>
 
-X11Workspace::X11Workspace(X11Windows& windows) : windows_(windows) {}
+X11Workspace::X11Workspace(X11Windows& windows, Accessibility& accessibility)
+    : windows_(windows), accessibility_(accessibility)
+{
+}
 
 std::optional<RunningApplication> X11Workspace::frontmostApplication()
 {
-    return Accessibility::current().frontmostApplication();
+    return accessibility_.frontmostApplication();
 }
 
 void X11Workspace::startWatching()
