@@ -2,13 +2,7 @@
 // (titles and paths made from a fixed word list and seed), queries of 1 to 8
 // characters. `--dump-items FILE N` writes the same items' path keys, one per
 // line, and `--queries` prints the queries, for comparison with other tools.
-#include "menu/accessibilityservice.h"
-#include "platform/fake/fakeaccessibility.h"
-#include "platform/fake/fakesysteminfo.h"
-#include "search/searchviewmodel.h"
-#include "search/usagetracker.h"
-#include "support/quietsearch.h"
-#include "telemetry/analyticsservice.h"
+#include "search/menuranker.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -59,22 +53,16 @@ QList<MenuItem> makeItems(int count)
 }
 
 struct Fixture {
-    FakeSystemInfo system;
-    QuietSearch search{system};
-    FakeAccessibility ax;
-    AccessibilityService reader{ax};
-    std::unique_ptr<SearchViewModel> model;
+    MenuRanker ranker;
 
     explicit Fixture(int count)
     {
-        model = std::make_unique<SearchViewModel>(reader, RunningApplication{1, "Bench", "org.bench"}, [] {},
-                                                  search.services([](const MenuItem&) { return true; }));
-        while (model->isLoading())
-            QCoreApplication::processEvents();
-        model->setMenuItems(makeItems(count));
+        ranker.setItems(makeItems(count));
         // A few used items, as a real history has.
+        QHash<QString, qint64> uses;
         for (int i = 0; i < count; i += 97)
-            search.usage.recordUsage("org.bench", model->menuItems()[i].pathKey());
+            uses[ranker.items()[i].pathKey()] = 1;
+        ranker.setUsageCounts(uses);
     }
 };
 
@@ -86,10 +74,10 @@ void rank(benchmark::State& state)
     auto& fixture = fixtures[count];
     if (!fixture)
         fixture = std::make_unique<Fixture>(count);
-    fixture->model->setSearchText(QString::fromLatin1(kQuery).left(queryLength));
+    const QString query = QString::fromLatin1(kQuery).left(queryLength);
     size_t results = 0;
     for (auto _ : state) {
-        auto ranked = fixture->model->filteredItems();
+        auto ranked = fixture->ranker.rank(query);
         results = ranked.size();
         benchmark::DoNotOptimize(ranked.data());
     }

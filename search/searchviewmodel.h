@@ -2,13 +2,12 @@
 
 #include "menu/menuitem.h"
 #include "platform/runningapplication.h"
-#include "search/graphemecoder.h"
+#include "search/menuranker.h"
 
 #include <QList>
 #include <QObject>
 #include <QString>
 
-#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -17,13 +16,6 @@
 class AccessibilityService;
 class AnalyticsService;
 class UsageTracker;
-
-// One ranked result: an item of the model's `menuItems` and its score. The
-// pointer stays valid until `menuItems` changes.
-struct RankedItem {
-    const MenuItem* item;
-    qint64 score;
-};
 
 // What a search model works with: the program's (or a test's) usage history
 // and usage events, both required.
@@ -42,10 +34,6 @@ class SearchViewModel : public QObject {
     Q_PROPERTY(bool isLoading READ isLoading NOTIFY isLoadingChanged)
 
 public:
-    // Weight of one recorded use, and of title and path scores.
-    static constexpr qint64 kUsageWeight = 5;
-    static constexpr qint64 kTitleWeight = 2;
-    static constexpr qint64 kPathWeight = 1;
     // Between closing the panel and pressing the item.
     static constexpr int kPressDelayMs = 100;
 
@@ -61,13 +49,13 @@ public:
 
     QString searchText() const { return searchText_; }
     void setSearchText(const QString& text);
-    const QList<MenuItem>& menuItems() const { return menuItems_; }
+    const QList<MenuItem>& menuItems() const { return ranker_.items(); }
     int selectedIndex() const { return selectedIndex_; }
     void setSelectedIndex(int index);
     bool isLoading() const { return isLoading_; }
 
     // The ranked results, computed afresh from the current query, items and
-    // usage counts on every call.
+    // usage counts on every call (see MenuRanker).
     std::vector<RankedItem> filteredItems() const;
 
     void moveSelection(int delta);
@@ -89,8 +77,7 @@ private:
     void loadMenuItems();
     void setIsLoading(bool loading);
     void track(const QString& name, const QVariantMap& properties);
-    const std::vector<qint64>& usageCounts() const;
-    void rankRange(const std::vector<char32_t>& query, size_t begin, size_t end, std::vector<RankedItem>& out) const;
+    void refreshUsageCounts() const;
     QString firstBundleID() const;
 
     AccessibilityService& accessibilityService_;
@@ -99,19 +86,10 @@ private:
     Services services_;
 
     QString searchText_;
-    QList<MenuItem> menuItems_;
     int selectedIndex_ = 0;
     bool isLoading_ = true;
 
-    // Each item's folded title and path key, prepared once when items arrive.
-    GraphemeCoder coder_;
-    std::vector<char32_t> codes_;
-    struct Prepared {
-        quint32 title, titleLength, path, pathLength;
-        quint64 titleMask, pathMask; // which characters occur, for quick rejection
-    };
-    std::vector<Prepared> prepared_;
-    mutable std::vector<qint64> usageCounts_;
+    // Brought up to date with the usage history before each ranking.
+    mutable MenuRanker ranker_;
     mutable quint64 usageGeneration_ = ~quint64(0);
-
 };
