@@ -7,6 +7,7 @@
 #include "app/onboardingview.h"
 #include "base/platformwords.h"
 #include "base/settingsstore.h"
+#include "base/timers.h"
 #include "buildconfig.h"
 #include "hotkey/hotkeyservice.h"
 #include "platform/accessibility.h"
@@ -79,12 +80,11 @@ void AppDelegate::startUp()
     observeUpdateAvailability();
     // 7.
     checkFirstLaunch();
-    QTimer::singleShot(kTrayGraceMs, this, &AppDelegate::checkTray);
+    services_.timers.after(kTrayGraceMs, this, [this] { checkTray(); });
     // 8. The automatic update check, a little later, without waiting for it.
-    QPointer<AppDelegate> self(this);
-    QTimer::singleShot(kUpdateCheckDelayMs, this, [self] {
-        if (self && self->services_.checkForUpdatesAutomatically)
-            self->services_.checkForUpdatesAutomatically();
+    services_.timers.after(kUpdateCheckDelayMs, this, [this] {
+        if (services_.checkForUpdatesAutomatically)
+            services_.checkForUpdatesAutomatically();
     });
 }
 
@@ -215,7 +215,7 @@ void AppDelegate::toggleOnceTheFrontIsKnown(const QString& activationToken)
         if (lastActiveApp_)
             open();
     });
-    QTimer::singleShot(kFrontWaitMs, waiting, open);
+    services_.timers.after(kFrontWaitMs, waiting, open);
 }
 
 void AppDelegate::refreshLastActiveApp()
@@ -408,7 +408,7 @@ void AppDelegate::showOnboarding()
     DesktopShortcutPanel* shortcut = nullptr;
     if (services_.hotkey.desktopShortcutSetup() != DesktopShortcutSetup::notNeeded)
         shortcut = new DesktopShortcutPanel(services_.hotkey, services_.settings, services_.notifications);
-    auto* view = new OnboardingView(accessibilityService_, [self] {
+    auto* view = new OnboardingView(accessibilityService_, services_.timers, [self] {
         if (!self || !self->onboardingWindow_)
             return;
         self->onboardingWindow_->close();

@@ -22,6 +22,7 @@ class QMenu;
 class QSystemTrayIcon;
 class SearchPanelController;
 class SettingsStore;
+class Timers;
 class UsageTracker;
 class Workspace;
 struct SearchServices;
@@ -45,6 +46,7 @@ public:
         DesktopWindows& windows;
         Workspace& workspace;
         NotificationHub& notifications;
+        Timers& timers;
         std::function<void()> terminate;                   // ends the program
         std::function<void()> checkForUpdatesAutomatically; // the daily check, when there is one
         std::function<void(const QUrl&, const QString&)> startUpdate; // the self-updater (address, version), when there is one

@@ -66,6 +66,7 @@ int main(int argc, char** argv)
         platform.desktopWindows(),
         platform.workspace(),
         services.notifications,
+        services.timers,
         [] { QCoreApplication::quit(); },
         [&services] { services.updateCheck.checkAutomaticallyIfNeeded(); },
         [&services](const QUrl& url, const QString& version) { services.selfUpdater.startUpdate(url, version); },

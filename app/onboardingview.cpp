@@ -1,5 +1,7 @@
 #include "app/onboardingview.h"
 
+#include "base/timers.h"
+
 #include "base/platformwords.h"
 #include "base/styledlabel.h"
 #include "menu/accessibilityservice.h"
@@ -27,9 +29,10 @@ StyledLabel* iconLabel(const QString& icon, const QString& content, Tone tone, Q
 
 } // namespace
 
-OnboardingView::OnboardingView(AccessibilityService& accessibilityService, std::function<void()> onComplete,
-                               KeyboardAccess keyboardAccess, QWidget* desktopShortcut, QWidget* parent)
-    : QWidget(parent), accessibilityService_(accessibilityService), onComplete_(std::move(onComplete))
+OnboardingView::OnboardingView(AccessibilityService& accessibilityService, Timers& timers,
+                               std::function<void()> onComplete, KeyboardAccess keyboardAccess,
+                               QWidget* desktopShortcut, QWidget* parent)
+    : QWidget(parent), accessibilityService_(accessibilityService), onComplete_(std::move(onComplete)), timers_(timers)
 {
     auto* column = new QVBoxLayout(this);
     // Both permission states fit the 480 × 360 window.
@@ -100,12 +103,17 @@ OnboardingView::OnboardingView(AccessibilityService& accessibilityService, std::
             onComplete_();
     });
     // The first look comes a second after showing, like every later one.
-    timer_.setInterval(kPollMs);
+    lookLater();
+}
+
+void OnboardingView::lookLater()
+{
     // Each look asks afresh: the answer comes a moment later, not a poll later.
-    connect(&timer_, &QTimer::timeout, this, [this] {
+    // The poll goes with the view.
+    timers_.after(kPollMs, this, [this] {
         accessibilityService_.accessibility().askTrust(this, [this](bool trusted) { setPermission(trusted); });
+        lookLater();
     });
-    timer_.start();
 }
 
 void OnboardingView::setPermission(bool granted)

@@ -2,12 +2,12 @@
 
 #include "platform/hotkeyplatform.h"
 
-#include <QTimer>
 #include <QWidget>
 
 #include <functional>
 
 class AccessibilityService;
+class Timers;
 class QLabel;
 class QPushButton;
 class QStackedWidget;
@@ -24,7 +24,7 @@ public:
     // instead of the gesture.
     // `desktopShortcut`, shown below the hint, sets up the desktop's own
     // shortcut where keys cannot reach Kestrio; the view takes it over.
-    OnboardingView(AccessibilityService& accessibilityService, std::function<void()> onComplete,
+    OnboardingView(AccessibilityService& accessibilityService, Timers& timers, std::function<void()> onComplete,
                    KeyboardAccess keyboardAccess = KeyboardAccess::sessionWide, QWidget* desktopShortcut = nullptr,
                    QWidget* parent = nullptr);
 
@@ -38,11 +38,12 @@ public:
 
 private:
     void setPermission(bool granted);
+    void lookLater();
 
     AccessibilityService& accessibilityService_;
     std::function<void()> onComplete_;
     bool hasPermission_ = false;
-    QTimer timer_;
+    Timers& timers_;
     QStackedWidget* permission_;
     QLabel* granted_;
     QLabel* required_;

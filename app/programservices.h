@@ -2,6 +2,7 @@
 
 #include "base/notificationhub.h"
 #include "base/settingsstore.h"
+#include "base/timers.h"
 #include "hotkey/hotkeyservice.h"
 #include "search/usagetracker.h"
 #include "telemetry/analyticsservice.h"
@@ -22,6 +23,7 @@ struct ProgramServices {
 
     SettingsStore settings;
     NotificationHub notifications;
+    QtTimers timers;
     CrashReporter crashReporter;
     AnalyticsService analytics;
     UsageTracker usage;

@@ -7,6 +7,7 @@
 // Alt ("doubleTapOption") injected with XTest.
 #include "app/appdelegate.h"
 #include "base/notificationhub.h"
+#include "base/timers.h"
 #include "base/settingsstore.h"
 #include "bench/paintwatch.h"
 #include "bench/samples.h"
@@ -80,9 +81,10 @@ int main(int argc, char** argv)
     saveHotkeyMode(HotkeyMode::doubleTapAlt, settings);
     HotkeyService hotkey(platform.hotkeys(), settings, Clock::monotonic());
     NotificationHub hub;
+    QtTimers timers;
     QuietSearch search(platform.systemInfo());
     AppDelegate delegate(AppDelegate::Services{settings, hotkey, search.analytics, search.usage, platform.accessibility(),
-                                               platform.desktopWindows(), platform.workspace(), hub, [] {}, {}, {},
+                                               platform.desktopWindows(), platform.workspace(), hub, timers, [] {}, {}, {},
                                                QStringLiteral("kestrio"), {}, {}});
     delegate.applicationDidFinishLaunching();
 

@@ -22,6 +22,7 @@
 #include "search/searchviewmodel.h"
 #include "search/usagetracker.h"
 #include "support/eventually.h"
+#include "support/faketimers.h"
 #include "support/testtelemetry.h"
 #include "support/tempsettings.h"
 #include "telemetry/analyticsservice.h"
@@ -68,6 +69,7 @@ protected:
     FakeDesktopWindows windows;
     FakeWorkspace workspace;
     NotificationHub hub;
+    FakeTimers timers;
     UsageTracker usage{settings.store()};
     int terminations = 0;
     int updateChecks = 0;
@@ -85,7 +87,7 @@ protected:
     void launch()
     {
         app = std::make_unique<AppDelegate>(AppDelegate::Services{
-            settings.store(), hotkey, analytics, usage, ax, windows, workspace, hub,
+            settings.store(), hotkey, analytics, usage, ax, windows, workspace, hub, timers,
             [this] { ++terminations; }, [this] { ++updateChecks; }, {}, QStringLiteral("kestrio"),
             [this] {
                 ++settingsViews;
@@ -152,8 +154,10 @@ TEST_F(Controller, StartUpInOrder)
     EXPECT_TRUE(workspace.watching);
     EXPECT_EQ(app->lastActiveApp(), kMousepad);
     EXPECT_FALSE(app->onboardingWindow()); // launched before and trusted: no window
+    timers.advance(AppDelegate::kUpdateCheckDelayMs - 1);
     EXPECT_EQ(updateChecks, 0);
-    EXPECT_TRUE(eventually([&] { return updateChecks == 1; })); // two seconds later
+    timers.advance(1);
+    EXPECT_EQ(updateChecks, 1);
 }
 
 TEST_F(Controller, StatusMenuRows)
@@ -242,7 +246,7 @@ TEST_F(Controller, TheToggleThatStartedTheProgramWaitsToLearnTheFrontApplication
 
     // Once: later activations open nothing, nor does the wait's end.
     workspace.activate(RunningApplication{77, "featherpad", "featherpad"});
-    QTest::qWait(AppDelegate::kFrontWaitMs + 200);
+    timers.advance(AppDelegate::kFrontWaitMs);
     EXPECT_FALSE(app->searchPanelController()->panel());
 }
 
@@ -252,7 +256,10 @@ TEST_F(Controller, TheToggleThatStartedTheProgramOpensAnywayWhenNoOneTells)
     workspace.frontmost = std::nullopt;
     launch();
     app->toggleOnceTheFrontIsKnown({});
-    EXPECT_TRUE(eventually([&] { return app->searchPanelController() && app->searchPanelController()->panel(); }));
+    timers.advance(AppDelegate::kFrontWaitMs - 1);
+    EXPECT_FALSE(app->searchPanelController());
+    timers.advance(1);
+    EXPECT_TRUE(app->searchPanelController() && app->searchPanelController()->panel());
     EXPECT_EQ(app->searchPanelController()->targetApp(), std::nullopt);
 }
 
@@ -278,6 +285,7 @@ TEST_F(Controller, OnboardingAtFirstLaunchAndWhileUntrusted)
     auto* view = app->onboardingWindow()->findChild<OnboardingView*>();
     ASSERT_TRUE(view);
     EXPECT_EQ(view->closingButton()->text(), words.continueWithoutPermission); // first look after a second
+    timers.advance(OnboardingView::kPollMs);
     EXPECT_TRUE(eventually([&] { return view->hasPermission(); }));
     EXPECT_EQ(view->closingButton()->text(), "Get Started");
     QTest::mouseClick(view->closingButton(), Qt::LeftButton);
@@ -303,7 +311,8 @@ TEST_F(Controller, AGrantShowsAtTheNextLook)
     ASSERT_TRUE(view);
     const auto nextLook = [&] {
         const int before = ax.trustChecks;
-        EXPECT_TRUE(eventually([&] { return ax.trustChecks > before; }));
+        timers.advance(OnboardingView::kPollMs);
+        EXPECT_EQ(ax.trustChecks, before + 1);
         QCoreApplication::processEvents(); // its answer
     };
     nextLook();
@@ -331,7 +340,7 @@ TEST_F(Controller, TheWelcomeComesOnceAndGoesWithItsWindowAndItsPoll)
     EXPECT_FALSE(welcome);
     EXPECT_FALSE(app->onboardingWindow());
     const int checks = ax.trustChecks;
-    QTest::qWait(int(OnboardingView::kPollMs * 1.5));
+    timers.advance(OnboardingView::kPollMs * 3);
     EXPECT_EQ(ax.trustChecks, checks); // its poll went with it
 
     // The platform knows about trust a moment after start: the start-up waits
@@ -598,7 +607,8 @@ TEST_F(Controller, NoWindowNamesAMacOSThing)
     texts << textsOf(app->onboardingWindow());
     ax.trusted = true;
     keyboard.trusted = true;
-    QTest::qWait(1100); // the welcome's next look finds the permission granted
+    timers.advance(OnboardingView::kPollMs); // the welcome's next look finds the permission granted
+    QCoreApplication::processEvents();
     texts << textsOf(app->onboardingWindow());
 
     for (HotkeyMode mode : allHotkeyModes()) {
@@ -649,7 +659,10 @@ TEST_F(Controller, ADesktopWithoutTrayIsToldOnce)
     tray = false;
     launch();
     EXPECT_FALSE(app->onboardingWindow()); // a tray host may still come
-    ASSERT_TRUE(eventually([&] { return app->onboardingWindow() != nullptr; }, AppDelegate::kTrayGraceMs + 2000));
+    timers.advance(AppDelegate::kTrayGraceMs - 1);
+    EXPECT_FALSE(app->onboardingWindow());
+    timers.advance(1);
+    ASSERT_TRUE(app->onboardingWindow());
     auto* welcome = app->onboardingWindow()->findChild<OnboardingView*>();
     ASSERT_TRUE(welcome);
     EXPECT_TRUE(welcome->showsNoTrayNotice());
@@ -662,7 +675,7 @@ TEST_F(Controller, ADesktopWithoutTrayIsToldOnce)
     app->onboardingWindow()->close();
     app.reset();
     launch(); // the next start says nothing
-    QTest::qWait(AppDelegate::kTrayGraceMs + 300);
+    timers.advance(AppDelegate::kTrayGraceMs);
     EXPECT_FALSE(app->onboardingWindow());
 }
 
@@ -672,7 +685,7 @@ TEST_F(Controller, NoTrayNoticeWhenTheTrayCameInTimeOrTheIconIsHidden)
     tray = false;
     launch();
     tray = true; // the session's tray host came up
-    QTest::qWait(AppDelegate::kTrayGraceMs + 300);
+    timers.advance(AppDelegate::kTrayGraceMs);
     EXPECT_FALSE(app->onboardingWindow());
     EXPECT_FALSE(settings.store().boolValue(SettingsKey::noTrayNoticeShown));
 
@@ -680,6 +693,6 @@ TEST_F(Controller, NoTrayNoticeWhenTheTrayCameInTimeOrTheIconIsHidden)
     tray = false;
     settings.store().setBool(SettingsKey::hideMenuBarIcon, true);
     launch();
-    QTest::qWait(AppDelegate::kTrayGraceMs + 300);
+    timers.advance(AppDelegate::kTrayGraceMs);
     EXPECT_FALSE(app->onboardingWindow());
 }

@@ -8,6 +8,7 @@
 #include "app/aboutview.h"
 #include "app/appearancetheme.h"
 #include "app/onboardingview.h"
+#include "base/timers.h"
 #include "app/settingsview.h"
 #include "base/notificationhub.h"
 #include "base/settingsstore.h"
@@ -92,7 +93,8 @@ int main(int argc, char** argv)
         static FakeAccessibility untrusted; // as before the user grants the permission
         untrusted.trusted = false;
         static AccessibilityService service(untrusted);
-        window(QStringLiteral("Welcome to Kestrio"), QSize(480, 360), new OnboardingView(service, [] {}));
+        static QtTimers timers;
+        window(QStringLiteral("Welcome to Kestrio"), QSize(480, 360), new OnboardingView(service, timers, [] {}));
         QTimer::singleShot(500, &app, [] { report({{"ready", true}}); });
         return app.exec();
     }
