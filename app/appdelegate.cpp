@@ -1,11 +1,9 @@
 #include "app/appdelegate.h"
 
-
 #include "app/aboutview.h"
 #include "app/desktopshortcutpanel.h"
 #include "base/notificationhub.h"
 #include "app/onboardingview.h"
-#include "base/platformwords.h"
 #include "base/settingsstore.h"
 #include "base/timers.h"
 #include "buildconfig.h"
@@ -20,32 +18,17 @@
 #include "telemetry/appinfo.h"
 
 #include <QApplication>
-#include <QBoxLayout>
-#include <QMenu>
-#include <QScreen>
-#include <QSystemTrayIcon>
-#include <QTimer>
-
-namespace {
-
-QIcon resourceIcon(const char* name)
-{
-    return QIcon(QStringLiteral(":/icons/%1.svg").arg(QLatin1String(name)));
-}
-
-} // namespace
+#include <QLayout>
 
 AppDelegate::AppDelegate(Services services, QObject* parent)
-    : QObject(parent), services_(std::move(services)), accessibilityService_(services_.accessibility)
+    : QObject(parent), services_(std::move(services)), accessibilityService_(services_.accessibility),
+      windows_(services_.windows)
 {
 }
 
 AppDelegate::~AppDelegate()
 {
     searchPanelController_.reset();
-    delete onboardingWindow_;
-    delete settingsWindow_;
-    delete aboutWindow_;
 }
 
 void AppDelegate::setSearchServices(const SearchServices& services)
@@ -65,7 +48,7 @@ void AppDelegate::startUp()
 {
     // 1. No window but the onboarding and the settings stays from before the start.
     for (QWidget* window : QApplication::topLevelWidgets()) {
-        if (window != onboardingWindow_ && window != settingsWindow_ && window->isVisible())
+        if (window != windows_.welcome() && window != windows_.settings() && window->isVisible())
             window->close();
     }
     // 2. Usage events and crash reports, only when the user opted in.
@@ -90,63 +73,35 @@ void AppDelegate::startUp()
 
 void AppDelegate::setupStatusItem()
 {
-    statusItem_ = std::make_unique<QSystemTrayIcon>(resourceIcon("kestrio"));
-    statusItem_->setToolTip(QStringLiteral("Kestrio"));
+    statusItem_ = std::make_unique<StatusItem>(StatusItem::Actions{
+        [this] { toggleSearchPanel(); },
+        [this] { openSettings(); },
+        [this] { openAccessibilitySettings(); },
+        [this] { openUpdateDownload(); },
+        [this] { openAbout(); },
+        [this] { quitApp(); },
+        [this] { menuWillOpen(); },
+    });
     rebuildStatusMenu();
     updateStatusItemVisibility();
     connect(&services_.notifications, &NotificationHub::menuBarIconVisibilityChanged, this,
             &AppDelegate::updateStatusItemVisibility);
-    // A left click opens the same menu, as a status item's would.
-    connect(statusItem_.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
-        if (reason == QSystemTrayIcon::Trigger && statusMenu_)
-            statusMenu_->popup(QCursor::pos());
-    });
 }
 
 void AppDelegate::updateStatusItemVisibility()
 {
-    // Qt shows the icon as soon as a tray host appears, also when none runs yet.
     statusItem_->setVisible(!services_.settings.hideMenuBarIcon());
 }
 
 void AppDelegate::rebuildStatusMenu()
 {
-    auto menu = std::make_unique<QMenu>();
-    auto add = [&](const QString& title, void (AppDelegate::*action)(), const QKeySequence& key = {},
-                   const char* icon = nullptr) {
-        QAction* item = menu->addAction(title);
-        connect(item, &QAction::triggered, this, action);
-        if (!key.isEmpty())
-            item->setShortcut(key);
-        if (icon)
-            item->setIcon(resourceIcon(icon));
-        return item;
-    };
-    HotkeyService& hotkey = services_.hotkey;
-    add(QStringLiteral("Search Menus…"), &AppDelegate::toggleSearchPanel);
-    if (!hotkey.isActive() && hotkey.keyboardAccess() == KeyboardAccess::none) {
-        // No grant helps where the session shows no keys: the settings say what does.
-        menu->addSeparator();
-        add(PlatformWords::current().keysUnavailableMenuRow, &AppDelegate::openSettings, {}, "warning");
-    } else if (!hotkey.isActive()) {
-        menu->addSeparator();
-        add(PlatformWords::current().hotkeyInactiveMenuRow, &AppDelegate::openAccessibilitySettings, {}, "warning");
-    }
-    if (pendingUpdate_) {
-        menu->addSeparator();
-        QAction* download = add(QStringLiteral("Download Update — v") + pendingUpdate_->latestVersion,
-                                &AppDelegate::openUpdateDownload, {}, "download");
-        download->setEnabled(bool(services_.startUpdate));
-    }
-    menu->addSeparator();
-    add(QStringLiteral("Settings…"), &AppDelegate::openSettings, QKeySequence(Qt::CTRL | Qt::Key_Comma));
-    add(QStringLiteral("About Kestrio"), &AppDelegate::openAbout);
-    menu->addSeparator();
-    add(QStringLiteral("Quit Kestrio"), &AppDelegate::quitApp, QKeySequence(Qt::CTRL | Qt::Key_Q));
-    connect(menu.get(), &QMenu::aboutToShow, this, &AppDelegate::menuWillOpen);
-
-    statusItem_->setContextMenu(menu.get());
-    statusMenu_ = std::move(menu); // the old menu goes
+    const HotkeyService& hotkey = services_.hotkey;
+    statusItem_->rebuild(StatusItem::State{
+        hotkey.isActive(),
+        hotkey.keyboardAccess(),
+        pendingUpdate_ ? std::optional<QString>(pendingUpdate_->latestVersion) : std::nullopt,
+        bool(services_.startUpdate),
+    });
 }
 
 void AppDelegate::menuWillOpen()
@@ -239,8 +194,7 @@ void AppDelegate::updateOffered(const UpdateCheckResult& update)
 {
     pendingUpdate_ = update;
     rebuildStatusMenu();
-    statusItem_->setIcon(resourceIcon("kestrio-update"));
-    statusItem_->setToolTip(QStringLiteral("Kestrio — update available"));
+    statusItem_->showUpdateOffered();
 }
 
 void AppDelegate::checkFirstLaunch()
@@ -335,30 +289,15 @@ bool AppDelegate::applicationShouldHandleReopen()
 
 void AppDelegate::openSettings()
 {
-    showReusedWindow(settingsWindow_, QStringLiteral("Kestrio Settings"), QSize(440, 520), [this]() -> QWidget* {
-        return services_.settingsView ? services_.settingsView() : new QWidget;
-    });
+    windows_.showSettings([this]() -> QWidget* { return services_.settingsView ? services_.settingsView() : new QWidget; });
 }
 
 void AppDelegate::openAbout()
 {
-    showReusedWindow(aboutWindow_, QStringLiteral("About Kestrio"), QSize(340, 420), [] {
+    windows_.showAbout([] {
         const QUrl site(QStringLiteral("https://%1/").arg(QStringLiteral(KESTRIO_WEBSITE_HOST)));
         return new AboutView(site, site.resolved(QUrl(QStringLiteral("apps/kestrio/"))));
     });
-}
-
-void AppDelegate::showReusedWindow(QPointer<QWidget>& window, const QString& title, QSize size,
-                                   const std::function<QWidget*()>& makeContent)
-{
-    if (window && window->isVisible()) {
-        window->raise();
-        window->activateWindow();
-        services_.windows.activateOwnWindow(window->winId());
-        return;
-    }
-    delete window;
-    window = makeWindow(title, size, makeContent());
 }
 
 void AppDelegate::openUpdateDownload()
@@ -371,52 +310,22 @@ void AppDelegate::openUpdateDownload()
         services_.startUpdate(pendingUpdate_->downloadURL, pendingUpdate_->latestVersion);
 }
 
-QWidget* AppDelegate::makeWindow(const QString& title, QSize size, QWidget* content)
-{
-    // Titled, closable, of a fixed size, centred, kept when closed.
-    auto* window = new QWidget(nullptr, Qt::Window | Qt::WindowTitleHint | Qt::WindowCloseButtonHint
-                                            | Qt::CustomizeWindowHint);
-    window->setWindowTitle(title);
-    window->setAttribute(Qt::WA_DeleteOnClose, false);
-    auto* layout = new QVBoxLayout(window);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(content);
-    window->setFixedSize(size);
-    if (QScreen* screen = QGuiApplication::primaryScreen()) {
-        const QRect area = screen->availableGeometry();
-        window->move(area.center() - QPoint(size.width() / 2, size.height() / 2));
-    }
-    window->show();
-    window->raise();
-    window->activateWindow();
-    services_.windows.activateOwnWindow(window->winId());
-    return window;
-}
-
 void AppDelegate::showOnboarding()
 {
     // One welcome at a time: asking again brings it forward.
-    if (onboardingWindow_ && onboardingWindow_->isVisible()) {
-        onboardingWindow_->raise();
-        onboardingWindow_->activateWindow();
-        services_.windows.activateOwnWindow(onboardingWindow_->winId());
+    if (windows_.bringWelcomeForward())
         return;
-    }
-    delete onboardingWindow_;
     QPointer<AppDelegate> self(this);
     // Where keys cannot reach Kestrio, the welcome sets up the desktop's shortcut too.
     DesktopShortcutPanel* shortcut = nullptr;
     if (services_.hotkey.desktopShortcutSetup() != DesktopShortcutSetup::notNeeded)
         shortcut = new DesktopShortcutPanel(services_.hotkey, services_.settings, services_.notifications);
     auto* view = new OnboardingView(accessibilityService_, services_.timers, [self] {
-        if (!self || !self->onboardingWindow_)
-            return;
-        self->onboardingWindow_->close();
-        self->onboardingWindow_ = nullptr;
+        if (self)
+            self->windows_.closeWelcome();
     }, services_.hotkey.keyboardAccess(), shortcut);
     onboardingView_ = view;
     const int extra = shortcut ? shortcut->sizeHint().height() + view->layout()->spacing() : 0;
-    onboardingWindow_ = makeWindow(QStringLiteral("Welcome to Kestrio"), QSize(480, 360 + extra), view);
     // Closed in any way, it goes, and its permission poll with it.
-    onboardingWindow_->setAttribute(Qt::WA_DeleteOnClose, true);
+    windows_.showWelcome(view, QSize(480, 360 + extra));
 }

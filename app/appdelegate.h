@@ -1,8 +1,10 @@
 #pragma once
 
+#include "app/programwindows.h"
+#include "app/statusitem.h"
+#include "base/updatecheckresult.h"
 #include "menu/accessibilityservice.h"
 #include "platform/runningapplication.h"
-#include "base/updatecheckresult.h"
 
 #include <QObject>
 #include <QPointer>
@@ -27,9 +29,10 @@ class UsageTracker;
 class Workspace;
 struct SearchServices;
 
-// The root of the running program: starts every service in a fixed order,
-// owns the tray icon and its menu, remembers the application the user last
-// worked in, opens the search panel over it, and shows the onboarding.
+// The running program's wiring: starts every service in a fixed order,
+// remembers the application the user last worked in, opens the search panel
+// over it, and decides when the welcome, the tray menu's rows and the update
+// offer show. The tray icon is a StatusItem, the windows ProgramWindows.
 class AppDelegate : public QObject {
     Q_OBJECT
 
@@ -93,12 +96,12 @@ public:
     void updateOffered(const UpdateCheckResult& update);
 
     // What tests look at.
-    QSystemTrayIcon* statusItem() const { return statusItem_.get(); }
-    QMenu* statusMenu() const { return statusMenu_.get(); }
+    QSystemTrayIcon* statusItem() const { return statusItem_ ? statusItem_->icon() : nullptr; }
+    QMenu* statusMenu() const { return statusItem_ ? statusItem_->menu() : nullptr; }
     SearchPanelController* searchPanelController() const { return searchPanelController_.get(); }
-    QWidget* onboardingWindow() const { return onboardingWindow_; }
-    QWidget* settingsWindow() const { return settingsWindow_; }
-    QWidget* aboutWindow() const { return aboutWindow_; }
+    QWidget* onboardingWindow() const { return windows_.welcome(); }
+    QWidget* settingsWindow() const { return windows_.settings(); }
+    QWidget* aboutWindow() const { return windows_.about(); }
     const std::optional<RunningApplication>& lastActiveApp() const { return lastActiveApp_; }
     const std::optional<UpdateCheckResult>& pendingUpdate() const { return pendingUpdate_; }
     AccessibilityService& accessibilityService() { return accessibilityService_; }
@@ -118,21 +121,14 @@ private:
     void checkTray();
     bool hasTray() const;
     void showOnboarding();
-    QWidget* makeWindow(const QString& title, QSize size, QWidget* content);
-    // The window rule: one that shows is brought forward, a closed one is replaced.
-    void showReusedWindow(QPointer<QWidget>& window, const QString& title, QSize size,
-                          const std::function<QWidget*()>& makeContent);
 
     Services services_;
-    std::unique_ptr<QSystemTrayIcon> statusItem_;
-    std::unique_ptr<QMenu> statusMenu_;
+    std::unique_ptr<StatusItem> statusItem_;
     std::unique_ptr<SearchPanelController> searchPanelController_;
     AccessibilityService accessibilityService_;
-    QPointer<QWidget> onboardingWindow_;
+    ProgramWindows windows_;
     QPointer<OnboardingView> onboardingView_;
     std::optional<RunningApplication> lastActiveApp_;
-    QPointer<QWidget> settingsWindow_;
-    QPointer<QWidget> aboutWindow_;
     std::optional<UpdateCheckResult> pendingUpdate_;
     std::unique_ptr<SearchServices> searchServices_;
 };
