@@ -5,9 +5,8 @@
 // the reply, finding the menu bar and making the element tree must stay
 // finite and small. (The wire format itself is Qt's to read, against the
 // exact signature the reader checks first.)
-#include "platform/linux/atspi/atspimenureader.h"
+#include "platform/linux/atspi/atspimenubuilder.h"
 #include "tests/fuzz/menutreesize.h"
-#include "tests/support/atspiobjecttable.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 
@@ -55,8 +54,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         items.append(item);
     }
 
-    AtspiObjectTable table;
-    AtspiMenuReader reader(table);
+    AtspiMenuBuilder reader;
     reader.takeCacheItems(items);
     if (reader.nodes().size() > items.size())
         std::abort();

@@ -1,39 +1,24 @@
 #include "platform/linux/atspi/atspimenureader.h"
 
 #include "platform/clock.h"
-#include "platform/linux/atspi/atspimenuhandle.h"
 #include "platform/linux/keybinding/keybinding.h"
 
 #include <algorithm>
 
 namespace {
 
-// Bounds that no real menu bar reaches; they keep a misbehaving application
-// from making the reading endless.
-constexpr int kMaxDepth = 16;
-constexpr int kMaxNodes = 50000;
+// Bounds that keep a misbehaving application from making the reading endless.
 constexpr int kMaxContainerDepth = 8;
 // Toggle buttons looked into for a popover of commands.
 constexpr int kMaxMenuButtons = 8;
 // A window's own panels looked into as popovers.
 constexpr int kMaxPopovers = 16;
-
 // Windows of one application searched for a menu bar.
 constexpr int kMaxWindows = 64;
-// How far up the parents named in the bulk cache are followed.
-constexpr int kMaxAncestors = 64;
+constexpr int kMaxNodes = AtspiMenuBuilder::kMaxNodes;
+constexpr int kMaxDepth = AtspiMenuBuilder::kMaxDepth;
 
 enum Want { wantChildren = 1, wantInfo = 2, wantKeyBinding = 4, wantParent = 8 };
-
-bool isItemRole(uint role)
-{
-    return role == AtspiRole::menuItem || role == AtspiRole::checkMenuItem || role == AtspiRole::radioMenuItem;
-}
-
-bool isMenuRole(uint role)
-{
-    return role == AtspiRole::menu || role == AtspiRole::popupMenu;
-}
 
 // Windows hold the menu bar inside layout containers; nothing else is searched.
 bool isContainerRole(uint role)
@@ -65,7 +50,7 @@ AtspiMenuReader::AtspiMenuReader(AtspiObjects& objects, const Clock& clock) : ob
 std::optional<MenuTree> AtspiMenuReader::readMenuBar(const AtspiRef& application, const QString& toolkit,
                                                      const QString& windowTitle)
 {
-    nodes_.clear();
+    builder_.clear();
     toggleButtons_.clear();
     popovers_.clear();
     foundMenuBar_ = false;
@@ -73,12 +58,12 @@ std::optional<MenuTree> AtspiMenuReader::readMenuBar(const AtspiRef& application
     stopped_ = false;
     asked_ = 0;
     startedAt_ = clock_.seconds();
-    windowTitle_ = windowTitle;
+    builder_.setWindowTitle(windowTitle);
     if (application.isNull())
         return std::nullopt;
 
     // Qt marks every item of a closed menu invisible, so visibility means nothing there.
-    honourVisible_ = !toolkit.startsWith(QLatin1String("Qt"));
+    builder_.setHonourVisible(!toolkit.startsWith(QLatin1String("Qt")));
 
     // An application that does not answer its first call is not asked again.
     if (!fetchFromCache(application) && !complete_)
@@ -86,18 +71,18 @@ std::optional<MenuTree> AtspiMenuReader::readMenuBar(const AtspiRef& application
     const std::optional<AtspiRef> menuBar = findMenuBar(application);
     if (!menuBar) {
         // A closed popover's buttons are not on screen, yet they are its commands.
-        honourVisible_ = false;
-        auto button = findMenuButtonInCache(nodes_.value(application).children);
+        builder_.setHonourVisible(false);
+        auto button = builder_.findMenuButtonInCache(builder_.nodes().value(application).children);
         if (!button)
             button = pickMenuButton();
         if (!button)
             return std::nullopt;
-        for (const AtspiRef& holder : commandHolders(*button)) {
+        for (const AtspiRef& holder : builder_.commandHolders(*button)) {
             if (!prefetchFromCache(holder) || !fetchSubtree(holder))
                 complete_ = false;
         }
-        readAt_ = clock_.seconds();
-        return makeButtonMenu(*button);
+        builder_.stamp(complete_, clock_.seconds());
+        return builder_.makeButtonMenu(*button);
     }
     foundMenuBar_ = true;
     // LibreOffice asked by any client while it starts never marks its menu
@@ -105,8 +90,8 @@ std::optional<MenuTree> AtspiMenuReader::readMenuBar(const AtspiRef& application
     settleVisibility(*menuBar);
     if (!prefetchFromCache(*menuBar) || !fetchSubtree(*menuBar))
         complete_ = false;
-    readAt_ = clock_.seconds();
-    return makeMenuBar(*menuBar);
+    builder_.stamp(complete_, clock_.seconds());
+    return builder_.makeMenuBar(*menuBar);
 }
 
 bool AtspiMenuReader::fetchFromCache(const AtspiRef& application)
@@ -120,29 +105,8 @@ bool AtspiMenuReader::fetchFromCache(const AtspiRef& application)
     }
     if (!items)
         return false;
-    takeCacheItems(*items);
+    builder_.takeCacheItems(*items);
     return true;
-}
-
-void AtspiMenuReader::takeCacheItems(const QList<AtspiCacheItem>& items)
-{
-    for (const AtspiCacheItem& item : items) {
-        if (nodes_.size() >= kMaxNodes)
-            break;
-        Node node;
-        node.ref = item.ref;
-        node.parent = item.parent;
-        if (item.children) {
-            node.children = item.children->mid(0, AtspiObjects::kMaxChildren);
-            node.childrenRead = true;
-        } else if (item.childCount == 0) {
-            node.childrenRead = true; // nothing to ask for
-        }
-        node.name = item.name;
-        node.role = item.role;
-        node.states = item.states.value(0) | (quint64(item.states.value(1)) << 32);
-        nodes_.insert(node.ref, node);
-    }
 }
 
 bool AtspiMenuReader::fetch(const QList<AtspiRef>& refs, int want)
@@ -152,9 +116,9 @@ bool AtspiMenuReader::fetch(const QList<AtspiRef>& refs, int want)
     using Question = AtspiObjects::Question;
     QList<AtspiObjects::Ask> questions;
     for (const AtspiRef& ref : refs) {
-        if (nodes_.size() >= kMaxNodes && !nodes_.contains(ref))
+        if (builder_.nodes().size() >= kMaxNodes && !builder_.nodes().contains(ref))
             break;
-        Node& node = nodes_[ref];
+        Node& node = builder_.nodes()[ref];
         node.ref = ref;
         if ((want & wantChildren) && !node.childrenRead)
             questions.append({ref, Question::children});
@@ -165,7 +129,7 @@ bool AtspiMenuReader::fetch(const QList<AtspiRef>& refs, int want)
         }
         if ((want & wantParent) && node.parent.isNull())
             questions.append({ref, Question::parent});
-        if ((want & wantKeyBinding) && !node.keyBindingRead && (!node.role || isItemRole(*node.role)))
+        if ((want & wantKeyBinding) && !node.keyBindingRead && (!node.role || AtspiMenuBuilder::isItemRole(*node.role)))
             questions.append({ref, Question::keyBinding});
     }
     if (questions.isEmpty())
@@ -184,7 +148,7 @@ bool AtspiMenuReader::fetch(const QList<AtspiRef>& refs, int want)
             stopped_ = true;
             complete_ = false;
         }
-        take(nodes_[questions[i].ref], questions[i].question, answers[i].value);
+        take(builder_.nodes()[questions[i].ref], questions[i].question, answers[i].value);
     }
     return !stopped_;
 }
@@ -222,34 +186,18 @@ void AtspiMenuReader::take(Node& node, AtspiObjects::Question question, const At
     }
 }
 
-QList<AtspiRef> AtspiMenuReader::unseenChildren(const QList<AtspiRef>& refs, QSet<AtspiRef>& seen) const
-{
-    QList<AtspiRef> out;
-    for (const AtspiRef& ref : refs) {
-        for (const AtspiRef& child : nodes_.value(ref).children) {
-            if (seen.size() >= kMaxNodes)
-                return out;
-            if (!seen.contains(child)) {
-                seen.insert(child);
-                out.append(child);
-            }
-        }
-    }
-    return out;
-}
-
 std::optional<AtspiRef> AtspiMenuReader::findMenuBar(const AtspiRef& application)
 {
     if (!fetch({application}, wantChildren))
         return std::nullopt;
-    const QList<AtspiRef> windows = nodes_.value(application).children.mid(0, kMaxWindows);
+    const QList<AtspiRef> windows = builder_.nodes().value(application).children.mid(0, kMaxWindows);
     if (!fetch(windows, wantInfo))
         return std::nullopt;
 
-    if (auto cached = findMenuBarInCache(windows))
+    if (auto cached = builder_.findMenuBarInCache(windows))
         return cached;
 
-    for (const AtspiRef& window : windowsInOrder(windows)) {
+    for (const AtspiRef& window : builder_.windowsInOrder(windows)) {
         // Breadth first through layout containers, remembering each object's
         // position so that the first menu bar in the window's own order wins
         // (LibreOffice keeps a copy with wrong shortcuts further down). An
@@ -267,7 +215,7 @@ std::optional<AtspiRef> AtspiMenuReader::findMenuBar(const AtspiRef& application
             QList<std::pair<AtspiRef, QList<int>>> next;
             QList<AtspiRef> kids;
             for (const auto& [ref, position] : level) {
-                const QList<AtspiRef> children = nodes_.value(ref).children;
+                const QList<AtspiRef> children = builder_.nodes().value(ref).children;
                 for (int i = 0; i < children.size() && seen.size() < kMaxNodes; ++i) {
                     if (seen.contains(children[i]))
                         continue;
@@ -280,7 +228,7 @@ std::optional<AtspiRef> AtspiMenuReader::findMenuBar(const AtspiRef& application
                 return std::nullopt;
             level.clear();
             for (const auto& [ref, position] : next) {
-                const uint role = nodes_.value(ref).role.value_or(0);
+                const uint role = builder_.nodes().value(ref).role.value_or(0);
                 if (role == AtspiRole::menuBar) {
                     if (!best || position < best->first)
                         best = std::pair{position, ref};
@@ -301,155 +249,6 @@ std::optional<AtspiRef> AtspiMenuReader::findMenuBar(const AtspiRef& application
     return std::nullopt;
 }
 
-bool AtspiMenuReader::descendsFrom(const AtspiRef& ref, const AtspiRef& ancestor) const
-{
-    AtspiRef at = ref;
-    for (int depth = 0; depth < kMaxAncestors && !at.isNull(); ++depth) {
-        if (at == ancestor)
-            return true;
-        at = nodes_.value(at).parent;
-    }
-    return false;
-}
-
-QList<AtspiRef> AtspiMenuReader::ancestorsOf(const AtspiRef& ref) const
-{
-    QList<AtspiRef> out;
-    for (AtspiRef at = nodes_.value(ref).parent; !at.isNull() && out.size() < kMaxAncestors && !out.contains(at);
-         at = nodes_.value(at).parent)
-        out.append(at);
-    return out;
-}
-
-QList<AtspiRef> AtspiMenuReader::windowsInOrder(const QList<AtspiRef>& windows) const
-{
-    // The window the user was in, by its title; else the active one (often
-    // none: the panel has the focus by now); then the others in the
-    // application's order.
-    QList<AtspiRef> titled, active, others;
-    for (const AtspiRef& w : windows) {
-        const Node node = nodes_.value(w);
-        if (!windowTitle_.isEmpty() && node.name == windowTitle_)
-            titled.append(w);
-        else if (AtspiState::has(node.states.value_or(0), AtspiState::active))
-            active.append(w);
-        else
-            others.append(w);
-    }
-    return titled + active + others;
-}
-
-std::optional<AtspiRef> AtspiMenuReader::findMenuBarInCache(const QList<AtspiRef>& windows) const
-{
-    // The bulk cache links every object to its parent, so a window's menu bar
-    // is found without walking down to it. When a window holds more than one
-    // (LibreOffice), only the walk knows which comes first.
-    const QSet<AtspiRef> windowSet(windows.begin(), windows.end());
-    QHash<AtspiRef, QList<AtspiRef>> barsIn; // by window
-    for (auto it = nodes_.cbegin(); it != nodes_.cend(); ++it) {
-        if (it->role != AtspiRole::menuBar)
-            continue;
-        for (const AtspiRef& above : ancestorsOf(it.key())) {
-            if (windowSet.contains(above))
-                barsIn[above].append(it.key());
-        }
-    }
-    for (const AtspiRef& window : windowsInOrder(windows)) {
-        const QList<AtspiRef> bars = barsIn.value(window);
-        if (bars.size() == 1)
-            return bars.first();
-        if (bars.size() > 1)
-            return std::nullopt;
-    }
-    return std::nullopt;
-}
-
-namespace {
-
-bool isCommandButtonRole(uint role)
-{
-    return role == AtspiRole::pushButton || role == AtspiRole::checkBox || role == AtspiRole::radioButton;
-}
-
-} // namespace
-
-std::optional<AtspiRef> AtspiMenuReader::findMenuButtonInCache(const QList<AtspiRef>& windows) const
-{
-    // Of the window's toggle buttons, the one with the most command buttons
-    // below it: the main menu, whatever the language calls it. Each command
-    // counts for the nearest toggle button above it.
-    QHash<AtspiRef, int> commands;
-    for (auto it = nodes_.cbegin(); it != nodes_.cend(); ++it) {
-        if (!it->role || !isCommandButtonRole(*it->role) || it->name.trimmed().isEmpty())
-            continue;
-        const QList<AtspiRef> above = ancestorsOf(it.key());
-        for (int depth = 0; depth < kMaxDepth && depth < above.size(); ++depth) {
-            if (nodes_.value(above[depth]).role == AtspiRole::toggleButton) {
-                ++commands[above[depth]];
-                break;
-            }
-        }
-    }
-    const QSet<AtspiRef> windowSet(windows.begin(), windows.end());
-    QHash<AtspiRef, QList<AtspiRef>> buttonsIn; // by window
-    for (auto it = commands.cbegin(); it != commands.cend(); ++it) {
-        for (const AtspiRef& above : ancestorsOf(it.key())) {
-            if (windowSet.contains(above))
-                buttonsIn[above].append(it.key());
-        }
-    }
-    for (const AtspiRef& window : windowsInOrder(windows)) {
-        std::optional<AtspiRef> best;
-        for (const AtspiRef& button : buttonsIn.value(window)) {
-            const int count = commands.value(button);
-            if (!best || count > commands.value(*best) || (count == commands.value(*best) && button.path < best->path))
-                best = button;
-        }
-        if (best)
-            return best;
-    }
-    return std::nullopt;
-}
-
-int AtspiMenuReader::commandButtonsBelow(const AtspiRef& ref) const
-{
-    // Breadth first, each object once: a popover that links back into itself
-    // counts each of its buttons once.
-    QSet<AtspiRef> seen{ref};
-    QList<AtspiRef> level{ref};
-    int count = 0;
-    for (int depth = 0; depth <= kMaxDepth && !level.isEmpty(); ++depth) {
-        QList<AtspiRef> next;
-        for (const AtspiRef& child : unseenChildren(level, seen)) {
-            const Node& node = nodes_.value(child);
-            if (node.role && isCommandButtonRole(*node.role) && !node.name.trimmed().isEmpty())
-                ++count;
-            else
-                next.append(child);
-        }
-        level = next;
-    }
-    return count;
-}
-
-QList<AtspiRef> AtspiMenuReader::commandHolders(const AtspiRef& button) const
-{
-    // The button itself (a popup held as its child), then the popovers that
-    // name it as their parent without being among its children (GTK 3).
-    QList<AtspiRef> linked;
-    const QList<AtspiRef> children = nodes_.value(button).children;
-    const QSet<AtspiRef> held(children.begin(), children.end());
-    for (auto it = nodes_.cbegin(); it != nodes_.cend(); ++it) {
-        if (it->parent == button && it.key() != button && !held.contains(it.key()))
-            linked.append(it.key());
-    }
-    std::sort(linked.begin(), linked.end(), [](const AtspiRef& a, const AtspiRef& b) {
-        // Object paths end in a number: the one made first comes first.
-        return a.path.size() != b.path.size() ? a.path.size() < b.path.size() : a.path < b.path;
-    });
-    return QList<AtspiRef>{button} + linked.mid(0, kMaxPopovers);
-}
-
 std::optional<AtspiRef> AtspiMenuReader::pickMenuButton()
 {
     // A popover the walk met among a window's children belongs to the
@@ -462,7 +261,7 @@ std::optional<AtspiRef> AtspiMenuReader::pickMenuButton()
         }
         QList<AtspiRef> parents;
         for (const AtspiRef& popover : std::as_const(popovers_)) {
-            const AtspiRef parent = nodes_.value(popover).parent;
+            const AtspiRef parent = builder_.nodes().value(popover).parent;
             if (!parent.isNull() && !parents.contains(parent))
                 parents.append(parent);
         }
@@ -471,7 +270,7 @@ std::optional<AtspiRef> AtspiMenuReader::pickMenuButton()
             return std::nullopt;
         }
         for (const AtspiRef& parent : std::as_const(parents)) {
-            if (nodes_.value(parent).role == AtspiRole::toggleButton && !buttons.contains(parent))
+            if (builder_.nodes().value(parent).role == AtspiRole::toggleButton && !buttons.contains(parent))
                 buttons.append(parent);
         }
     }
@@ -479,12 +278,12 @@ std::optional<AtspiRef> AtspiMenuReader::pickMenuButton()
     int most = 0;
     for (const AtspiRef& button : std::as_const(buttons)) {
         int commands = 0;
-        for (const AtspiRef& holder : commandHolders(button)) {
+        for (const AtspiRef& holder : builder_.commandHolders(button)) {
             if (!fetchSubtree(holder)) {
                 complete_ = false;
                 return best;
             }
-            commands += commandButtonsBelow(holder);
+            commands += builder_.commandButtonsBelow(holder);
         }
         if (commands > most) {
             most = commands;
@@ -494,70 +293,13 @@ std::optional<AtspiRef> AtspiMenuReader::pickMenuButton()
     return best;
 }
 
-MenuNode AtspiMenuReader::itemNode(const AtspiRef& ref, const Node& node, const QString& title) const
-{
-    MenuNode item;
-    item.title = title;
-    item.enabled = AtspiState::has(node.states.value_or(0), AtspiState::sensitive);
-    item.handle = std::make_shared<AtspiMenuHandle>(ref, item.enabled, readAt_);
-    if (node.role == AtspiRole::checkMenuItem || node.role == AtspiRole::checkBox)
-        item.kind = MenuNode::Kind::check;
-    else if (node.role == AtspiRole::radioMenuItem || node.role == AtspiRole::radioButton)
-        item.kind = MenuNode::Kind::radio;
-    return item;
-}
-
-MenuTree AtspiMenuReader::makeButtonMenu(const AtspiRef& button) const
-{
-    inTree_.clear();
-    claim(button);
-    const Node node = nodes_.value(button);
-    MenuNode menu;
-    menu.kind = MenuNode::Kind::menu;
-    menu.title = node.name.trimmed();
-    if (menu.title.isEmpty())
-        menu.title = QStringLiteral("Menu");
-    menu.enabled = AtspiState::has(node.states.value_or(0), AtspiState::sensitive);
-    // The button's own children, then its linked popovers' (the first holder is the button).
-    collectButtons(node.children + commandHolders(button).mid(1), 0, menu.children);
-    return MenuTree{{menu}, complete_};
-}
-
-void AtspiMenuReader::collectButtons(const QList<AtspiRef>& children, int depth, QList<MenuNode>& out) const
-{
-    // The popover's layout (boxes, stacks of submenus) is flattened: its
-    // buttons in order, each a command.
-    if (depth > kMaxDepth)
-        return;
-    for (const AtspiRef& ref : children) {
-        const Node node = nodes_.value(ref);
-        if (!node.role || !claim(ref))
-            continue;
-        if (isCommandButtonRole(*node.role)) {
-            const NameAndShortcut named = splitDrawnShortcut(node.name);
-            if (named.name.isEmpty())
-                continue;
-            MenuNode item = itemNode(ref, node, named.name);
-            // A button reports its mnemonic ("<Alt>s") where an item reports its shortcut.
-            item.shortcut = translateKeyBinding(node.keyBinding, item.title);
-            if (item.shortcut && isMnemonicOf(*item.shortcut, item.title))
-                item.shortcut.reset();
-            if (!item.shortcut)
-                item.shortcut = drawnShortcut(node, named);
-            out.append(item);
-            continue;
-        }
-        collectButtons(node.children, depth + 1, out);
-    }
-}
-
 bool AtspiMenuReader::prefetchFromCache(const AtspiRef& menuBar)
 {
     // Everything below the menu bar that the cache knows, in one round: the
     // order of each menu's children and every item's key binding.
     QList<AtspiRef> below;
-    for (auto it = nodes_.cbegin(); it != nodes_.cend(); ++it) {
-        if (!it->parent.isNull() && descendsFrom(it.key(), menuBar) && !hidden(*it))
+    for (auto it = builder_.nodes().cbegin(); it != builder_.nodes().cend(); ++it) {
+        if (!it->parent.isNull() && builder_.descendsFrom(it.key(), menuBar) && !builder_.hidden(*it))
             below.append(it.key());
     }
     return below.isEmpty() || fetch(below, wantChildren | wantKeyBinding);
@@ -571,13 +313,13 @@ bool AtspiMenuReader::fetchSubtree(const AtspiRef& top)
         if (!fetch(level, wantChildren | wantInfo | wantKeyBinding))
             return false;
         QList<AtspiRef> next;
-        for (const AtspiRef& child : unseenChildren(level, seen)) {
-            const auto known = nodes_.constFind(child);
-            if (known != nodes_.cend()) {
+        for (const AtspiRef& child : builder_.unseenChildren(level, seen)) {
+            const auto known = builder_.nodes().constFind(child);
+            if (known != builder_.nodes().cend()) {
                 // Separators and hidden items need no further calls.
                 if (known->role && (*known->role == AtspiRole::separator || *known->role == AtspiRole::tearoffMenuItem))
                     continue;
-                if (known->states && hidden(*known))
+                if (known->states && builder_.hidden(*known))
                     continue;
             }
             next.append(child);
@@ -589,135 +331,17 @@ bool AtspiMenuReader::fetchSubtree(const AtspiRef& top)
 
 void AtspiMenuReader::settleVisibility(const AtspiRef& menuBar)
 {
-    if (!honourVisible_)
+    if (!builder_.honoursVisible())
         return;
     // The bar's menus and the items of each: two rounds that the subtree
     // fetch would make anyway.
     if (!fetch({menuBar}, wantChildren | wantInfo))
         return;
     QSet<AtspiRef> seen{menuBar};
-    const QList<AtspiRef> entries = unseenChildren({menuBar}, seen);
+    const QList<AtspiRef> entries = builder_.unseenChildren({menuBar}, seen);
     if (!fetch(entries, wantChildren | wantInfo))
         return;
-    const QList<AtspiRef> items = unseenChildren(entries, seen);
-    if (!fetch(items, wantInfo))
+    if (!fetch(builder_.unseenChildren(entries, seen), wantInfo))
         return;
-    bool any = false;
-    for (const AtspiRef& ref : items) {
-        const Node node = nodes_.value(ref);
-        if (!node.role || !isItemRole(*node.role) || !node.states)
-            continue;
-        if (AtspiState::has(*node.states, AtspiState::visible))
-            return;
-        any = true;
-    }
-    honourVisible_ = !any;
-}
-
-std::optional<KeyChord> AtspiMenuReader::drawnShortcut(const Node& item, const NameAndShortcut& named) const
-{
-    if (named.key)
-        return named.key;
-    // Where the item shows its shortcut in a label of its own.
-    for (const AtspiRef& ref : item.children) {
-        const Node& child = nodes_.value(ref);
-        if (child.role == AtspiRole::label || child.role == AtspiRole::acceleratorLabel) {
-            if (auto key = translateDrawnShortcut(child.name))
-                return key;
-        }
-    }
-    return std::nullopt;
-}
-
-bool AtspiMenuReader::hidden(const Node& node) const
-{
-    return honourVisible_ && node.states && !AtspiState::has(*node.states, AtspiState::visible);
-}
-
-bool AtspiMenuReader::claim(const AtspiRef& ref) const
-{
-    // A menu is a tree; an application that links an object from two places
-    // (or into a cycle) must not make the result grow without end.
-    if (inTree_.contains(ref) || inTree_.size() >= kMaxNodes)
-        return false;
-    inTree_.insert(ref);
-    return true;
-}
-
-MenuTree AtspiMenuReader::makeMenuBar(const AtspiRef& menuBar) const
-{
-    inTree_.clear();
-    claim(menuBar);
-    MenuTree tree;
-    tree.complete = complete_;
-    for (const AtspiRef& ref : nodes_.value(menuBar).children) {
-        const Node node = nodes_.value(ref);
-        if (!node.role || hidden(node) || !claim(ref))
-            continue;
-        QList<AtspiRef> items;
-        if (*node.role == AtspiRole::menu) {
-            items = node.children; // GTK: the entry is the menu
-        } else if (isItemRole(*node.role)) {
-            for (const AtspiRef& child : node.children) { // Qt: the entry holds a popup menu
-                if (isMenuRole(nodes_.value(child).role.value_or(0)) && claim(child))
-                    items += nodes_.value(child).children;
-            }
-        } else {
-            continue;
-        }
-        MenuNode menu;
-        menu.kind = MenuNode::Kind::menu;
-        menu.title = node.name.trimmed();
-        menu.enabled = AtspiState::has(node.states.value_or(0), AtspiState::sensitive);
-        menu.children = makeMenuChildren(items, 0);
-        tree.menus.append(menu);
-    }
-    return tree;
-}
-
-QList<MenuNode> AtspiMenuReader::makeMenuChildren(const QList<AtspiRef>& children, int depth) const
-{
-    QList<MenuNode> out;
-    if (depth > kMaxDepth)
-        return out;
-    for (const AtspiRef& ref : children) {
-        const Node node = nodes_.value(ref);
-        if (!node.role || hidden(node) || !claim(ref))
-            continue;
-        const uint role = *node.role;
-        if (role == AtspiRole::popupMenu) {
-            out += makeMenuChildren(node.children, depth + 1); // a holder of items, not a menu of its own
-            continue;
-        }
-        if (role != AtspiRole::menu && !isItemRole(role))
-            continue; // separators, tearoffs and anything unexpected
-        const NameAndShortcut named = splitDrawnShortcut(node.name);
-        MenuNode item = itemNode(ref, node, named.name);
-
-        // A submenu: GTK's menu role (even while it is empty because it is
-        // filled only when opened), or an item holding a popup menu.
-        QList<AtspiRef> submenuItems;
-        bool isSubmenu = role == AtspiRole::menu;
-        if (isSubmenu) {
-            submenuItems = node.children;
-        } else {
-            for (const AtspiRef& child : node.children) {
-                if (isMenuRole(nodes_.value(child).role.value_or(0)) && claim(child)) {
-                    isSubmenu = true;
-                    submenuItems += nodes_.value(child).children;
-                }
-            }
-        }
-        if (isSubmenu) {
-            item.kind = MenuNode::Kind::menu;
-            item.handle.reset();
-            item.children = makeMenuChildren(submenuItems, depth + 1);
-        } else {
-            item.shortcut = translateKeyBinding(node.keyBinding, item.title);
-            if (!item.shortcut)
-                item.shortcut = drawnShortcut(node, named);
-        }
-        out.append(item);
-    }
-    return out;
+    builder_.settleVisibility(menuBar);
 }

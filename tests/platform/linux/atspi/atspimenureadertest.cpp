@@ -1,6 +1,7 @@
 #include "platform/linux/atspi/atspibusobjects.h"
 #include "platform/linux/atspi/atspimenuhandle.h"
 #include "menu/shortcuttext.h"
+#include "platform/linux/atspi/atspimenubuilder.h"
 #include "platform/linux/atspi/atspimenureader.h"
 #include "support/atspicacheitems.h"
 #include "support/atspiobjecttable.h"
@@ -52,7 +53,7 @@ QStringList titles(const std::optional<MenuTree>& tree, bool keys = false)
 }
 
 // Feeds `items` to the reader as a bulk-cache reply that came over D-Bus.
-bool feed(AtspiMenuReader& reader, DBusRoundTrip& wire, const QList<ItemWithChildren>& items)
+bool feed(AtspiMenuBuilder& reader, DBusRoundTrip& wire, const QList<ItemWithChildren>& items)
 {
     const std::optional<QVariant> reply = wire.received(QVariant::fromValue(items));
     if (!reply || !reply->canConvert<QDBusArgument>())
@@ -66,7 +67,7 @@ bool feed(AtspiMenuReader& reader, DBusRoundTrip& wire, const QList<ItemWithChil
 // A bulk-cache reply as GTK sends it, with the links a broken or hostile
 // application could add: an item listed in two menus, a menu that holds
 // itself, an object that is its own parent.
-TEST(AtspiMenuReader, ABulkCacheReplyBecomesATreeWithEveryObjectOnce)
+TEST(AtspiMenuBuilder, ABulkCacheReplyBecomesATreeWithEveryObjectOnce)
 {
     registerCacheItemTypes();
     using namespace AtspiRole;
@@ -80,8 +81,7 @@ TEST(AtspiMenuReader, ABulkCacheReplyBecomesATreeWithEveryObjectOnce)
         item(7, 7, menuItem, "Undo"),        // its own parent
     };
     DBusRoundTrip wire;
-    AtspiObjectTable table;
-    AtspiMenuReader reader(table);
+    AtspiMenuBuilder reader;
     ASSERT_TRUE(feed(reader, wire, items));
     EXPECT_EQ(reader.nodes().size(), 7);
     const std::optional<AtspiRef> bar = reader.findMenuBarInCache({AtspiRef{":1.7", "/o/1"}});
@@ -96,7 +96,7 @@ TEST(AtspiMenuReader, ABulkCacheReplyBecomesATreeWithEveryObjectOnce)
 
 // An item not marked visible is one the application hides, unless no item of
 // the bar is marked (LibreOffice asked by any client while it started).
-TEST(AtspiMenuReader, InvisibleItemsAreLeftOutOnlyWhereSomeItemIsVisible)
+TEST(AtspiMenuBuilder, InvisibleItemsAreLeftOutOnlyWhereSomeItemIsVisible)
 {
     registerCacheItemTypes();
     using namespace AtspiRole;
@@ -125,8 +125,7 @@ TEST(AtspiMenuReader, InvisibleItemsAreLeftOutOnlyWhereSomeItemIsVisible)
         items[5].states = {c.checkOut, 0};
         items[6].states = {c.undo, 0};
         DBusRoundTrip wire;
-        AtspiObjectTable table;
-        AtspiMenuReader reader(table);
+        AtspiMenuBuilder reader;
         ASSERT_TRUE(feed(reader, wire, items));
         const AtspiRef bar{":1.7", "/o/2"};
         reader.settleVisibility(bar);
@@ -136,7 +135,7 @@ TEST(AtspiMenuReader, InvisibleItemsAreLeftOutOnlyWhereSomeItemIsVisible)
 
 // Items whose key binding names no accelerator but whose text shows one:
 // after a tab in the name, or in a label of the item's own.
-TEST(AtspiMenuReader, ShortcutsDrawnInTheItemsTextAreRead)
+TEST(AtspiMenuBuilder, ShortcutsDrawnInTheItemsTextAreRead)
 {
     registerCacheItemTypes();
     using namespace AtspiRole;
@@ -155,8 +154,7 @@ TEST(AtspiMenuReader, ShortcutsDrawnInTheItemsTextAreRead)
         item(22, 20, pushButton, "Find…\tCtrl+F"),
     };
     DBusRoundTrip wire;
-    AtspiObjectTable table;
-    AtspiMenuReader reader(table);
+    AtspiMenuBuilder reader;
     ASSERT_TRUE(feed(reader, wire, items));
     const auto ref = [](int id) { return AtspiRef{":1.7", QStringLiteral("/o/%1").arg(id)}; };
     reader.nodes()[ref(4)].keyBinding = "o;<Alt>f:o;";
@@ -172,7 +170,7 @@ TEST(AtspiMenuReader, ShortcutsDrawnInTheItemsTextAreRead)
 // A header-bar window as GTK 3 shows it: no menu bar; the popover of the menu
 // button is among the window's own children, names the button as its parent,
 // and holds its commands while it is closed.
-TEST(AtspiMenuReader, TheMenuButtonWithTheMostCommandsStandsInForTheMenuBar)
+TEST(AtspiMenuBuilder, TheMenuButtonWithTheMostCommandsStandsInForTheMenuBar)
 {
     registerCacheItemTypes();
     using namespace AtspiRole;
@@ -191,8 +189,7 @@ TEST(AtspiMenuReader, TheMenuButtonWithTheMostCommandsStandsInForTheMenuBar)
     };
     items[6].states = {1u << AtspiState::visible, 0}; // insensitive: listed, not enabled
     DBusRoundTrip wire;
-    AtspiObjectTable table;
-    AtspiMenuReader reader(table);
+    AtspiMenuBuilder reader;
     ASSERT_TRUE(feed(reader, wire, items));
     const QList<AtspiRef> windows{AtspiRef{":1.7", "/o/1"}};
     EXPECT_FALSE(reader.findMenuBarInCache(windows));
