@@ -44,10 +44,9 @@ AboutView::AboutView(QUrl bwkURL, QUrl productURL, QWidget* parent)
     StyledLabel* name =
         StyledLabel::centred(nameText(QCoreApplication::applicationName()), Font::title, Tone::primary, this);
     name->setWeight(QFont::DemiBold);
-    name_ = name;
-    version_ = StyledLabel::centred(versionText(appVersion(), appBuild()), Font::callout, Tone::secondary, this);
-    identity->addWidget(name_);
-    identity->addWidget(version_);
+    identity->addWidget(name);
+    identity->addWidget(
+        StyledLabel::centred(versionText(appVersion(), appBuild()), Font::callout, Tone::secondary, this));
     column->addLayout(identity);
     column->addWidget(
         StyledLabel::centred(QStringLiteral("Find any menu item instantly."), Font::subheadline, Tone::secondary, this));
@@ -79,14 +78,4 @@ AboutView::AboutView(QUrl bwkURL, QUrl productURL, QWidget* parent)
     column->addSpacing(4);
     column->addWidget(StyledLabel::centred(QStringLiteral("© 2026 Brambleworks\nAll rights reserved."), Font::caption2,
                                            Tone::tertiary, this));
-}
-
-QString AboutView::shownName() const
-{
-    return name_->text();
-}
-
-QString AboutView::shownVersion() const
-{
-    return version_->text();
 }

@@ -3,8 +3,6 @@
 #include <QUrl>
 #include <QWidget>
 
-class QLabel;
-
 // Who made Kestrio and which version this is, with links to the maker's site.
 class AboutView : public QWidget {
     Q_OBJECT
@@ -16,13 +14,6 @@ public:
     static QString nameText(const QString& name);
     static QString versionText(const QString& version, const QString& build);
 
-    QString shownName() const;
-    QString shownVersion() const;
-
     const QUrl bwkURL;
     const QUrl productURL;
-
-private:
-    QLabel* name_;
-    QLabel* version_;
 };

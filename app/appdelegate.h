@@ -103,7 +103,6 @@ public:
     QWidget* settingsWindow() const { return windows_.settings(); }
     QWidget* aboutWindow() const { return windows_.about(); }
     const std::optional<RunningApplication>& lastActiveApp() const { return lastActiveApp_; }
-    const std::optional<UpdateCheckResult>& pendingUpdate() const { return pendingUpdate_; }
     AccessibilityService& accessibilityService() { return accessibilityService_; }
     // Only for tests: what panels' models are given.
     // What search panels work with, in place of the program's usage history

@@ -136,8 +136,3 @@ bool OnboardingView::showsNoTrayNotice() const
 {
     return !noTray_->isHidden();
 }
-
-QString OnboardingView::permissionText() const
-{
-    return hasPermission_ ? PlatformWords::current().permissionGranted : PlatformWords::current().permissionMissing;
-}

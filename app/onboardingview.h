@@ -30,8 +30,6 @@ public:
 
     bool hasPermission() const { return hasPermission_; }
     QPushButton* closingButton() const { return closing_; }
-    QPushButton* settingsButton() const { return openSettings_; }
-    QString permissionText() const;
     // What to do on a desktop that shows no tray icons; the window grows to fit.
     void showNoTrayNotice();
     bool showsNoTrayNotice() const;

@@ -29,11 +29,6 @@ AppHangWatchdog::~AppHangWatchdog()
     stop();
 }
 
-bool AppHangWatchdog::isRunning() const
-{
-    return running_;
-}
-
 void AppHangWatchdog::start()
 {
     if (running_.exchange(true))

@@ -20,7 +20,6 @@ public:
 
     void start();
     void stop();
-    bool isRunning() const;
 
 private:
     void watch();

@@ -62,7 +62,6 @@ GlobalShortcutsPortal::GlobalShortcutsPortal(QDBusConnection bus, QObject* paren
         watcher->deleteLater();
         const QDBusPendingReply<QDBusVariant> reply = *watcher;
         available_ = !reply.isError() && reply.value().variant().toUInt() >= 1;
-        emit availabilityKnown(*available_);
         if (!*available_ && wanted_)
             setState({DesktopShortcutState::Kind::refused, {},
                       QStringLiteral("This desktop offers programs no way to ask for a shortcut.")});

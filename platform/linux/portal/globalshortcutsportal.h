@@ -36,7 +36,6 @@ public:
     const DesktopShortcutState& state() const { return state_; }
 
 signals:
-    void availabilityKnown(bool available);
     void stateChanged(const DesktopShortcutState& state);
 
 private slots:

@@ -27,7 +27,6 @@ public:
     X11Windows(const X11Windows&) = delete;
     X11Windows& operator=(const X11Windows&) = delete;
 
-    bool isOpen() const { return commands_ != nullptr; }
     // Waits until the first reading is in, for a command line; false when it is not.
     bool waitForFirstReading(int timeoutMs);
     // Runs on the watching thread whenever the active window changed, once
