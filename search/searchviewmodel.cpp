@@ -1,7 +1,6 @@
 #include "search/searchviewmodel.h"
 
 #include "menu/accessibilityservice.h"
-#include "menu/pressmenuitem.h"
 #include "search/usagetracker.h"
 #include "telemetry/analyticsservice.h"
 
