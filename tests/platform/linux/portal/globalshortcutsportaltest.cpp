@@ -238,9 +238,11 @@ TEST_F(Portal, AnAnswerFromAnotherProgramBindsNothing)
     fake.bindAnswered = false;
     portal().bind("CTRL+k", "Open Kestrio's search panel", [] {});
     ASSERT_TRUE(eventually([&] { return fake.calls.contains("BindShortcuts"); }, 10000));
+    // The answer the portal itself would give, keys granted and all.
     QDBusMessage answer = QDBusMessage::createSignal(fake.lastRequest, QStringLiteral("org.freedesktop.portal.Request"),
                                                      QStringLiteral("Response"));
-    answer << uint(0) << QVariantMap();
+    answer << uint(0)
+           << QVariantMap{{QStringLiteral("shortcuts"), QVariant::fromValue(FakePortal::shortcutList("Ctrl+K"))}};
     impostor().send(answer);
     QTest::qWait(300); // signals on their way arrive meanwhile
     EXPECT_FALSE(portal().isBound());

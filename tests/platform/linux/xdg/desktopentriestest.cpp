@@ -24,6 +24,9 @@ protected:
         entry(system.path(), "libreoffice-writer.desktop",
               "[Desktop Entry]\nType=Application\nName=LibreOffice Writer\nExec=libreoffice --writer %U\n"
               "TryExec=oowriter\nStartupWMClass=libreoffice-writer\n");
+        entry(system.path(), "gimp.desktop",
+              "[Desktop Entry]\nType=Application\nName=GNU Image Manipulation Program\nExec=gimp-2.10 %U\n"
+              "StartupWMClass=gimp-2.10\n");
         entry(system.path(), "kde/org.kde.kate.desktop",
               "[Desktop Entry]\nType=Application\nName=Kate\nExec=env QT_X=1 /usr/bin/kate -b %U\n");
         entry(system.path(), "hidden.desktop", "[Desktop Entry]\nType=Application\nName=Gone\nHidden=true\nExec=gone\n");
@@ -47,7 +50,8 @@ TEST_F(Entries, AnApplicationIsFoundByItsIdItsWindowClassOrItsProgram)
         {"org.xfce.mousepad", "", "", Entry{"org.xfce.mousepad", "My Editor"}},
         {"", "Mousepad", "", Entry{"org.xfce.mousepad", "My Editor"}},       // the id's last part
         {"", "FeatherPad", "", Entry{"featherpad", "FeatherPad"}},            // the id, in any case
-        {"", "libreoffice-writer", "", Entry{"libreoffice-writer", "LibreOffice Writer"}}, // StartupWMClass
+        {"", "libreoffice-writer", "", Entry{"libreoffice-writer", "LibreOffice Writer"}}, // StartupWMClass and id
+        {"", "gimp-2.10", "", Entry{"gimp", "GNU Image Manipulation Program"}},             // StartupWMClass alone
         {"", "", "oowriter", Entry{"libreoffice-writer", "LibreOffice Writer"}},        // TryExec
         {"", "", "kate", Entry{"kde-org.kde.kate", "Kate"}},                  // past env and its settings
         {"no.such.app", "", "featherpad", Entry{"featherpad", "FeatherPad"}}, // the next clue
