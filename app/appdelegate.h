@@ -104,9 +104,8 @@ public:
     QWidget* aboutWindow() const { return windows_.about(); }
     const std::optional<RunningApplication>& lastActiveApp() const { return lastActiveApp_; }
     AccessibilityService& accessibilityService() { return accessibilityService_; }
-    // Only for tests: what panels' models are given.
-    // What search panels work with, in place of the program's usage history
-    // and events with the reader's own press (tests).
+    // Only for tests: what search panels work with, in place of the
+    // program's usage history and events and the reader's own press.
     void setSearchServices(const SearchServices& services);
 
 private:

@@ -4,8 +4,6 @@
 #include "search/usagetracker.h"
 #include "telemetry/analyticsservice.h"
 
-#include <QCoreApplication>
-#include <QPointer>
 #include <QTextBoundaryFinder>
 #include <QTimer>
 

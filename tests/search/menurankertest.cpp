@@ -47,7 +47,11 @@ protected:
         return out;
     }
 
-    void use(const QString& pathKey, qint64 times) { counts[pathKey] += times, ranker.setUsageCounts(counts); }
+    void use(const QString& pathKey, qint64 times)
+    {
+        counts[pathKey] += times;
+        ranker.setUsageCounts(counts);
+    }
 
     QHash<QString, qint64> counts;
 };

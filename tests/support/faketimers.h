@@ -32,12 +32,6 @@ public:
         now_ = until;
     }
 
-    // Work still waiting whose context is alive.
-    int waiting() const
-    {
-        return int(std::count_if(pending_.begin(), pending_.end(), [](const Pending& p) { return !p.context.isNull(); }));
-    }
-
 private:
     struct Pending {
         qint64 at;
