@@ -2,8 +2,8 @@
 
 #include "app/aboutview.h"
 #include "app/desktopshortcutpanel.h"
-#include "base/notificationhub.h"
 #include "app/onboardingview.h"
+#include "base/notificationhub.h"
 #include "base/settingsstore.h"
 #include "base/timers.h"
 #include "buildconfig.h"
@@ -21,7 +21,9 @@
 #include <QLayout>
 
 AppDelegate::AppDelegate(Services services, QObject* parent)
-    : QObject(parent), services_(std::move(services)), accessibilityService_(services_.accessibility),
+    : QObject(parent),
+      services_(std::move(services)),
+      accessibilityService_(services_.accessibility, services_.words.keys),
       windows_(services_.windows)
 {
 }
@@ -73,7 +75,7 @@ void AppDelegate::startUp()
 
 void AppDelegate::setupStatusItem()
 {
-    statusItem_ = std::make_unique<StatusItem>(StatusItem::Actions{
+    statusItem_ = std::make_unique<StatusItem>(services_.words, StatusItem::Actions{
         [this] { toggleSearchPanel(); },
         [this] { openSettings(); },
         [this] { openAccessibilitySettings(); },
@@ -319,8 +321,9 @@ void AppDelegate::showOnboarding()
     // Where keys cannot reach Kestrio, the welcome sets up the desktop's shortcut too.
     DesktopShortcutPanel* shortcut = nullptr;
     if (services_.hotkey.desktopShortcutSetup() != DesktopShortcutSetup::notNeeded)
-        shortcut = new DesktopShortcutPanel(services_.hotkey, services_.settings, services_.notifications);
-    auto* view = new OnboardingView(accessibilityService_, services_.timers, [self] {
+        shortcut = new DesktopShortcutPanel(services_.words, services_.hotkey, services_.settings,
+                                            services_.notifications);
+    auto* view = new OnboardingView(services_.words, accessibilityService_, services_.timers, [self] {
         if (self)
             self->windows_.closeWelcome();
     }, services_.hotkey.keyboardAccess(), shortcut);

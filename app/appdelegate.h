@@ -27,6 +27,7 @@ class SettingsStore;
 class Timers;
 class UsageTracker;
 class Workspace;
+struct PlatformWords;
 struct SearchServices;
 
 // The running program's wiring: starts every service in a fixed order,
@@ -50,6 +51,7 @@ public:
         Workspace& workspace;
         NotificationHub& notifications;
         Timers& timers;
+        const PlatformWords& words;
         std::function<void()> terminate;                   // ends the program
         std::function<void()> checkForUpdatesAutomatically; // the daily check, when there is one
         std::function<void(const QUrl&, const QString&)> startUpdate; // the self-updater (address, version), when there is one

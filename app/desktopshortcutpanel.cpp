@@ -21,7 +21,7 @@ using Font = StyledLabel::Font;
 using Tone = StyledLabel::Tone;
 
 // A line to select or copy: a command, or a line of configuration.
-QLabel* copyable(const QString& text, QWidget* parent, QBoxLayout* into)
+QLabel* copyable(const QString& text, const QString& copyLabel, QWidget* parent, QBoxLayout* into)
 {
     auto* row = new QWidget(parent);
     auto* layout = new QHBoxLayout(row);
@@ -31,7 +31,7 @@ QLabel* copyable(const QString& text, QWidget* parent, QBoxLayout* into)
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     label->setWordWrap(true);
     layout->addWidget(label, 1);
-    auto* copy = new QPushButton(PlatformWords::current().copyCommand, row);
+    auto* copy = new QPushButton(copyLabel, row);
     QObject::connect(copy, &QPushButton::clicked, label, [label] { QGuiApplication::clipboard()->setText(label->text()); });
     layout->addWidget(copy);
     into->addWidget(row);
@@ -40,15 +40,15 @@ QLabel* copyable(const QString& text, QWidget* parent, QBoxLayout* into)
 
 } // namespace
 
-DesktopShortcutPanel::DesktopShortcutPanel(HotkeyService& hotkey, SettingsStore& settings,
+DesktopShortcutPanel::DesktopShortcutPanel(const PlatformWords& words, HotkeyService& hotkey, SettingsStore& settings,
                                            NotificationHub& notifications, QWidget* parent)
     : QWidget(parent),
+      words_(words),
       hotkey_(hotkey),
       settings_(settings),
       notifications_(notifications),
       setup_(hotkey.desktopShortcutSetup())
 {
-    const PlatformWords& words = PlatformWords::current();
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(6);
@@ -74,11 +74,11 @@ DesktopShortcutPanel::DesktopShortcutPanel(HotkeyService& hotkey, SettingsStore&
     }
     case DesktopShortcutSetup::configLine:
         layout->addWidget(new StyledLabel(words.configLineNote, Font::caption, Tone::secondary, this));
-        line_ = copyable(QString(), this, layout);
+        line_ = copyable(QString(), words.copyCommand, this, layout);
         break;
     case DesktopShortcutSetup::byHand:
         layout->addWidget(new StyledLabel(words.toggleCommandNote, Font::caption, Tone::secondary, this));
-        line_ = copyable(words.toggleCommand, this, layout);
+        line_ = copyable(words.toggleCommand, words.copyCommand, this, layout);
         break;
     }
     connect(&hotkey_, &HotkeyService::desktopShortcutChanged, this, &DesktopShortcutPanel::render);
@@ -100,16 +100,15 @@ void DesktopShortcutPanel::remove()
     notifications_.postHotkeyModeChanged(); // the controller applies it: Kestrio's entry leaves the desktop
 }
 
-QString DesktopShortcutPanel::statusText(const DesktopShortcutState& state)
+QString DesktopShortcutPanel::statusText(const DesktopShortcutState& state) const
 {
-    const PlatformWords& words = PlatformWords::current();
     switch (state.kind) {
     case DesktopShortcutState::Kind::none:
-        return words.noDesktopShortcut;
+        return words_.noDesktopShortcut;
     case DesktopShortcutState::Kind::pending:
-        return words.desktopShortcutPending;
+        return words_.desktopShortcutPending;
     case DesktopShortcutState::Kind::bound:
-        return words.desktopShortcutBound.arg(state.keys);
+        return words_.desktopShortcutBound.arg(state.keys);
     case DesktopShortcutState::Kind::refused:
         return state.problem;
     }

@@ -10,6 +10,7 @@ class QLabel;
 class QPushButton;
 class SettingsStore;
 class StyledLabel;
+struct PlatformWords;
 
 // Where keys cannot reach Kestrio (Wayland without the input group), how the
 // user gets a shortcut of the desktop's own, in the welcome and in the
@@ -21,8 +22,8 @@ class DesktopShortcutPanel : public QWidget {
     Q_OBJECT
 
 public:
-    DesktopShortcutPanel(HotkeyService& hotkey, SettingsStore& settings, NotificationHub& notifications,
-                         QWidget* parent = nullptr);
+    DesktopShortcutPanel(const PlatformWords& words, HotkeyService& hotkey, SettingsStore& settings,
+                         NotificationHub& notifications, QWidget* parent = nullptr);
 
     // The one click: the recorded custom shortcut (Ctrl+Alt+Space where none
     // is recorded) becomes the activation, which the desktop then watches.
@@ -33,15 +34,16 @@ public:
 
     // What the user reads about Kestrio's shortcut now.
     QString statusText() const;
-    static QString statusText(const DesktopShortcutState& state);
     QPushButton* setUpButton() const { return setUp_; }
     QPushButton* removeButton() const { return remove_; }
     // The line or command shown to copy, where there is one.
     QString lineText() const;
 
 private:
+    QString statusText(const DesktopShortcutState& state) const;
     void render();
 
+    const PlatformWords& words_;
     HotkeyService& hotkey_;
     SettingsStore& settings_;
     NotificationHub& notifications_;

@@ -1,5 +1,6 @@
 // kestrioctl — Kestrio's menu reader and press from the command line, for
 // scripts and tests: the same code the application runs.
+#include "base/platformwords.h"
 #include "base/settingsstore.h"
 #include "menu/accessibilityservice.h"
 #include "menu/pressmenuitem.h"
@@ -106,7 +107,7 @@ int menus(AtspiAccessibility& ax, const QStringList& args)
         err(target.error + u'\n');
         return kNotFound;
     }
-    AccessibilityService service(ax);
+    AccessibilityService service(ax, PlatformWords::linuxDesktop().keys);
     // Submenus that held nothing are named too, so that "filled only when
     // opened" is told apart from "could not be read".
     QStringList emptySubmenus;
@@ -146,7 +147,7 @@ int press(AtspiAccessibility& ax, const QStringList& args)
         err(target.error + u'\n');
         return kNotFound;
     }
-    AccessibilityService service(ax);
+    AccessibilityService service(ax, PlatformWords::linuxDesktop().keys);
     const QString wanted = path.normalized(QString::NormalizationForm_C);
     for (const MenuItem& item : service.getMenuItems(target.app)) {
         if (item.pathKey().normalized(QString::NormalizationForm_C) != wanted)

@@ -7,6 +7,7 @@
 #include "app/kestrioapp.h"
 #include "app/programservices.h"
 #include "app/settingsview.h"
+#include "base/platformwords.h"
 #include "platform/linux/atspi/atspiaccessibility.h"
 #include "platform/linux/linuxplatform.h"
 #include "platform/remotecontrol.h"
@@ -52,7 +53,8 @@ int main(int argc, char** argv)
         return 0;
 
     LinuxPlatform platform;
-    ProgramServices services(platform.hotkeys(), platform.systemInfo(), platform.updatePackaging());
+    const PlatformWords& words = PlatformWords::linuxDesktop();
+    ProgramServices services(platform.hotkeys(), platform.systemInfo(), platform.updatePackaging(), words);
     Accessibility& accessibility = platform.accessibility();
 
     AppearanceTheme::apply(services.settings.appearance());
@@ -67,11 +69,12 @@ int main(int argc, char** argv)
         platform.workspace(),
         services.notifications,
         services.timers,
+        words,
         [] { QCoreApplication::quit(); },
         [&services] { services.updateCheck.checkAutomaticallyIfNeeded(); },
         [&services](const QUrl& url, const QString& version) { services.selfUpdater.startUpdate(url, version); },
         QStringLiteral("kestrio"),
-        [&self, &services, &platform]() -> QWidget* {
+        [&self, &services, &platform, &words]() -> QWidget* {
             return new SettingsView(SettingsView::Services{
                 services.settings,
                 services.notifications,
@@ -81,6 +84,7 @@ int main(int argc, char** argv)
                 services.selfUpdater,
                 platform.loginItem(),
                 platform.keyboardLayout(),
+                words,
                 [&services](SettingsView::UpdateCompletion done) { services.updateCheck.checkForUpdates(std::move(done)); },
                 [] { QCoreApplication::quit(); },
             });

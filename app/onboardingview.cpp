@@ -29,10 +29,14 @@ StyledLabel* iconLabel(const QString& icon, const QString& content, Tone tone, Q
 
 } // namespace
 
-OnboardingView::OnboardingView(AccessibilityService& accessibilityService, Timers& timers,
-                               std::function<void()> onComplete, KeyboardAccess keyboardAccess,
+OnboardingView::OnboardingView(const PlatformWords& words, AccessibilityService& accessibilityService,
+                               Timers& timers, std::function<void()> onComplete, KeyboardAccess keyboardAccess,
                                QWidget* desktopShortcut, QWidget* parent)
-    : QWidget(parent), accessibilityService_(accessibilityService), onComplete_(std::move(onComplete)), timers_(timers)
+    : QWidget(parent),
+      words_(words),
+      accessibilityService_(accessibilityService),
+      onComplete_(std::move(onComplete)),
+      timers_(timers)
 {
     auto* column = new QVBoxLayout(this);
     // Both permission states fit the 480 × 360 window.
@@ -47,7 +51,6 @@ OnboardingView::OnboardingView(AccessibilityService& accessibilityService, Timer
         StyledLabel::centred(QStringLiteral("Welcome to Kestrio"), Font::title, Tone::primary, this);
     welcome->setWeight(QFont::Bold);
     column->addWidget(welcome);
-    const PlatformWords& words = PlatformWords::current();
     column->addWidget(StyledLabel::centred(
         keyboardAccess == KeyboardAccess::none ? words.welcomeHintWithoutKeys : words.welcomeHint, Font::body,
         Tone::secondary, this));
@@ -65,16 +68,16 @@ OnboardingView::OnboardingView(AccessibilityService& accessibilityService, Timer
     auto* missingColumn = new QVBoxLayout(missing);
     missingColumn->setContentsMargins(0, 0, 0, 0);
     missingColumn->setSpacing(8);
-    required_ = iconLabel(QStringLiteral(":/icons/lock.svg"), PlatformWords::current().permissionMissing,
+    required_ = iconLabel(QStringLiteral(":/icons/lock.svg"), words.permissionMissing,
                           Tone::primary, missing);
     missingColumn->addWidget(required_);
     missingColumn->addWidget(StyledLabel::centred(
-        PlatformWords::current().permissionExplanation, Font::caption,
+        words.permissionExplanation, Font::caption,
         Tone::secondary, missing));
-    openSettings_ = new QPushButton(PlatformWords::current().grantPermission, missing);
+    openSettings_ = new QPushButton(words.grantPermission, missing);
     openSettings_->setDefault(true);
     missingColumn->addWidget(openSettings_, 0, Qt::AlignHCenter);
-    granted_ = iconLabel(QStringLiteral(":/icons/check.svg"), PlatformWords::current().permissionGranted,
+    granted_ = iconLabel(QStringLiteral(":/icons/check.svg"), words.permissionGranted,
                          Tone::green, permission_);
     permission_->addWidget(missing);
     permission_->addWidget(granted_);
@@ -84,10 +87,10 @@ OnboardingView::OnboardingView(AccessibilityService& accessibilityService, Timer
     auto* noTrayColumn = new QVBoxLayout(noTray_);
     noTrayColumn->setContentsMargins(0, 0, 0, 0);
     noTrayColumn->setSpacing(6);
-    noTrayColumn->addWidget(iconLabel(QStringLiteral(":/icons/warning.svg"), PlatformWords::current().noTrayTitle,
+    noTrayColumn->addWidget(iconLabel(QStringLiteral(":/icons/warning.svg"), words.noTrayTitle,
                                       Tone::orange, noTray_));
     noTrayColumn->addWidget(
-        StyledLabel::centred(PlatformWords::current().noTrayText, Font::caption, Tone::secondary, noTray_));
+        StyledLabel::centred(words.noTrayText, Font::caption, Tone::secondary, noTray_));
     noTray_->hide();
     column->addWidget(noTray_);
     column->addStretch(1);
@@ -120,7 +123,7 @@ void OnboardingView::setPermission(bool granted)
 {
     hasPermission_ = granted;
     permission_->setCurrentIndex(granted ? 1 : 0);
-    closing_->setText(granted ? QStringLiteral("Get Started") : PlatformWords::current().continueWithoutPermission);
+    closing_->setText(granted ? QStringLiteral("Get Started") : words_.continueWithoutPermission);
 }
 
 void OnboardingView::showNoTrayNotice()

@@ -8,6 +8,7 @@
 
 class AccessibilityService;
 class Timers;
+struct PlatformWords;
 class QLabel;
 class QPushButton;
 class QStackedWidget;
@@ -24,9 +25,9 @@ public:
     // instead of the gesture.
     // `desktopShortcut`, shown below the hint, sets up the desktop's own
     // shortcut where keys cannot reach Kestrio; the view takes it over.
-    OnboardingView(AccessibilityService& accessibilityService, Timers& timers, std::function<void()> onComplete,
-                   KeyboardAccess keyboardAccess = KeyboardAccess::sessionWide, QWidget* desktopShortcut = nullptr,
-                   QWidget* parent = nullptr);
+    OnboardingView(const PlatformWords& words, AccessibilityService& accessibilityService, Timers& timers,
+                   std::function<void()> onComplete, KeyboardAccess keyboardAccess = KeyboardAccess::sessionWide,
+                   QWidget* desktopShortcut = nullptr, QWidget* parent = nullptr);
 
     bool hasPermission() const { return hasPermission_; }
     QPushButton* closingButton() const { return closing_; }
@@ -38,6 +39,7 @@ private:
     void setPermission(bool granted);
     void lookLater();
 
+    const PlatformWords& words_;
     AccessibilityService& accessibilityService_;
     std::function<void()> onComplete_;
     bool hasPermission_ = false;

@@ -13,13 +13,15 @@
 class HotkeyPlatform;
 class SystemInfo;
 class UpdatePackaging;
+struct PlatformWords;
 
 // The program's long-lived services, each the one instance of the program:
 // made once by main on top of the platform's backends, with the deployment
 // settings built in, and handed down from there. Declared in the order they
 // depend on each other, so each goes before what it uses.
 struct ProgramServices {
-    ProgramServices(HotkeyPlatform& hotkeys, const SystemInfo& system, UpdatePackaging& packaging);
+    ProgramServices(HotkeyPlatform& hotkeys, const SystemInfo& system, UpdatePackaging& packaging,
+                    const PlatformWords& words);
 
     SettingsStore settings;
     NotificationHub notifications;

@@ -1,8 +1,6 @@
 #include "app/settingsview.h"
 
-
 #include "app/appearancetheme.h"
-#include "app/desktopshortcutpanel.h"
 #include "app/desktopshortcutpanel.h"
 #include "app/formsection.h"
 #include "base/notificationhub.h"
@@ -165,7 +163,7 @@ void SettingsView::buildGeneral(FormSection* section)
     connect(launchAtLogin_, &QCheckBox::clicked, this, &SettingsView::setLaunchAtLogin);
     section->addRow(launchAtLogin_);
 
-    hideMenuBarIcon_ = new QCheckBox(PlatformWords::current().hideIcon, section);
+    hideMenuBarIcon_ = new QCheckBox(services_.words.hideIcon, section);
     connect(hideMenuBarIcon_, &QCheckBox::clicked, this, [this](bool hide) {
         if (hide == services_.settings.hideMenuBarIcon())
             return;
@@ -178,7 +176,7 @@ void SettingsView::buildGeneral(FormSection* section)
     // Without the tray icon the tray menu's Quit is gone too.
     hiddenIconNote_ = new QWidget(section);
     QVBoxLayout* layout = column(hiddenIconNote_, 8);
-    layout->addWidget(note(PlatformWords::current().hiddenIconNote, hiddenIconNote_));
+    layout->addWidget(note(services_.words.hiddenIconNote, hiddenIconNote_));
     auto* quit = new QPushButton(QStringLiteral("Quit Kestrio"), hiddenIconNote_);
     connect(quit, &QPushButton::clicked, this, [this] {
         if (services_.terminate)
@@ -190,16 +188,16 @@ void SettingsView::buildGeneral(FormSection* section)
 
 void SettingsView::buildHotkey(FormSection* section)
 {
-    auto* openAccessibility = new QPushButton(PlatformWords::current().openAccessibilitySettings);
+    auto* openAccessibility = new QPushButton(services_.words.openAccessibilitySettings);
     connect(openAccessibility, &QPushButton::clicked, this,
             [this] { services_.accessibility.openAccessibilitySettings(); });
     inactiveBlock_ = warningBlock(
         QStringLiteral(":/icons/warning.svg"), QStringLiteral("Hotkey inactive"),
-        PlatformWords::current().hotkeyInactiveText,
+        services_.words.hotkeyInactiveText,
         openAccessibility, section);
     section->addRow(inactiveBlock_);
 
-    const PlatformWords& words = PlatformWords::current();
+    const PlatformWords& words = services_.words;
     // The remedy is the command row below it.
     keysUnavailableBlock_ = warningBlock(QStringLiteral(":/icons/warning.svg"), words.keysUnavailableTitle,
                                          words.keysUnavailableText, nullptr, section);
@@ -207,7 +205,7 @@ void SettingsView::buildHotkey(FormSection* section)
 
     activationMethod_ = new QComboBox;
     for (HotkeyMode mode : allHotkeyModes())
-        activationMethod_->addItem(displayName(mode), rawValue(mode));
+        activationMethod_->addItem(displayName(mode, words), rawValue(mode));
     connect(activationMethod_, &QComboBox::activated, this, [this](int index) {
         const QString chosen = activationMethod_->itemData(index).toString();
         if (chosen == services_.settings.hotkeyModeText().value_or(rawValue(HotkeyMode::doubleTapCtrl)))
@@ -221,7 +219,7 @@ void SettingsView::buildHotkey(FormSection* section)
         Binding<std::optional<KeyChord>>{[this] { return recordedShortcut_; },
                                                [this](const std::optional<KeyChord>& s) { setRecordedShortcut(s); }},
         Binding<bool>{[this] { return isRecordingShortcut_; }, [this](const bool& r) { setRecordingShortcut(r); }},
-        services_.keyboardLayout);
+        services_.keyboardLayout, words.keys);
     shortcutRow_ = labelled(QStringLiteral("Shortcut:"), recorder_, section);
     section->addRow(shortcutRow_);
 
@@ -229,7 +227,8 @@ void SettingsView::buildHotkey(FormSection* section)
     section->addRow(keysFromDevicesNote_);
 
     // Where keys cannot reach Kestrio: the desktop's own shortcut, set up here.
-    desktopShortcut_ = new DesktopShortcutPanel(services_.hotkey, services_.settings, services_.notifications, section);
+    desktopShortcut_ =
+        new DesktopShortcutPanel(words, services_.hotkey, services_.settings, services_.notifications, section);
     section->addRow(desktopShortcut_);
 }
 

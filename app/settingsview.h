@@ -31,6 +31,7 @@ class SettingsStore;
 class ShortcutRecorderButton;
 class StyledLabel;
 class UsageTracker;
+struct PlatformWords;
 
 // The content of "Kestrio Settings": a form of six sections whose controls
 // read and write the stored settings, announce the changes long-lived
@@ -52,6 +53,7 @@ public:
         SelfUpdater& selfUpdater;
         LoginItem& loginItem;
         const KeyboardLayout& keyboardLayout;
+        const PlatformWords& words;
         std::function<void(UpdateCompletion)> checkForUpdates; // the update checker's manual check
         std::function<void()> terminate;                       // ends the program
     };

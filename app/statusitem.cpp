@@ -15,8 +15,11 @@ QIcon resourceIcon(const char* name)
 
 } // namespace
 
-StatusItem::StatusItem(Actions actions, QObject* parent)
-    : QObject(parent), actions_(std::move(actions)), icon_(std::make_unique<QSystemTrayIcon>(resourceIcon("kestrio")))
+StatusItem::StatusItem(const PlatformWords& words, Actions actions, QObject* parent)
+    : QObject(parent),
+      words_(words),
+      actions_(std::move(actions)),
+      icon_(std::make_unique<QSystemTrayIcon>(resourceIcon("kestrio")))
 {
     icon_->setToolTip(QStringLiteral("Kestrio"));
     // A left click opens the same menu, as a status item's would.
@@ -44,15 +47,14 @@ void StatusItem::rebuild(const State& state)
             item->setIcon(resourceIcon(icon));
         return item;
     };
-    const PlatformWords& words = PlatformWords::current();
     add(QStringLiteral("Search Menus…"), actions_.searchMenus);
     if (!state.hotkeyActive && state.keyboardAccess == KeyboardAccess::none) {
         // No grant helps where the session shows no keys: the settings say what does.
         menu->addSeparator();
-        add(words.keysUnavailableMenuRow, actions_.openSettings, {}, "warning");
+        add(words_.keysUnavailableMenuRow, actions_.openSettings, {}, "warning");
     } else if (!state.hotkeyActive) {
         menu->addSeparator();
-        add(words.hotkeyInactiveMenuRow, actions_.openAccessibilitySettings, {}, "warning");
+        add(words_.hotkeyInactiveMenuRow, actions_.openAccessibilitySettings, {}, "warning");
     }
     if (state.offeredVersion) {
         menu->addSeparator();

@@ -11,6 +11,7 @@
 
 class QMenu;
 class QSystemTrayIcon;
+struct PlatformWords;
 
 // The tray icon and the menu behind it. The menu's rows follow the program's
 // state, handed over whole on each rebuild; the rows' work is the owner's.
@@ -36,7 +37,7 @@ public:
         bool canInstallUpdates = true;
     };
 
-    explicit StatusItem(Actions actions, QObject* parent = nullptr);
+    StatusItem(const PlatformWords& words, Actions actions, QObject* parent = nullptr);
     ~StatusItem() override;
 
     void rebuild(const State& state);
@@ -48,6 +49,7 @@ public:
     QMenu* menu() const { return menu_.get(); }
 
 private:
+    const PlatformWords& words_;
     Actions actions_;
     std::unique_ptr<QSystemTrayIcon> icon_;
     std::unique_ptr<QMenu> menu_;

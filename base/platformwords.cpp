@@ -131,15 +131,6 @@ const PlatformWords& PlatformWords::linuxDesktop()
     return words;
 }
 
-const PlatformWords& PlatformWords::current()
-{
-#ifdef Q_OS_MACOS
-    return macOS();
-#else
-    return linuxDesktop();
-#endif
-}
-
 const QStringList& macOSOnlyWords()
 {
     static const QStringList words{

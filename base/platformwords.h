@@ -67,10 +67,10 @@ struct PlatformWords {
     QString unpackFailedPrefix; // followed by the tool's output or the reason
     QString bundleMissing;
 
+    // Each table lives as long as the program: whoever shows words keeps a
+    // reference to the table the program's root chose.
     static const PlatformWords& macOS();
     static const PlatformWords& linuxDesktop();
-    // The words of the platform this program was built for.
-    static const PlatformWords& current();
 };
 
 // Words that only a macOS text may contain; a Linux window showing one of them

@@ -3,6 +3,7 @@
 // panel's first paint and the paint that shows its results, with the menu
 // reader's cache cold (a new reader every time) and warm (one reader):
 // ten rounds of each.
+#include "base/platformwords.h"
 #include "base/settingsstore.h"
 #include "bench/paintwatch.h"
 #include "bench/samples.h"
@@ -41,7 +42,8 @@ int main(int argc, char** argv)
     QuietSearch search(platform.systemInfo());
     std::optional<RunningApplication> target;
     const int kRounds = rounds(10);
-    auto warmReader = std::make_unique<AccessibilityService>(platform.accessibility());
+    const KeyWords& keys = PlatformWords::linuxDesktop().keys;
+    auto warmReader = std::make_unique<AccessibilityService>(platform.accessibility(), keys);
     std::unique_ptr<AccessibilityService> coldReader;
     std::unique_ptr<SearchPanelController> controller;
     PaintWatch watch;
@@ -53,7 +55,7 @@ int main(int argc, char** argv)
     hotkey.onActivate = [&] {
         const bool cold = round <= kRounds; // rounds 1 to k cold, k + 1 to 2k warm
         if (cold)
-            coldReader = std::make_unique<AccessibilityService>(platform.accessibility());
+            coldReader = std::make_unique<AccessibilityService>(platform.accessibility(), keys);
         controller = std::make_unique<SearchPanelController>(cold ? *coldReader : *warmReader, target, platform.desktopWindows(), search.services());
         painted = resultsShown = false;
         controller->show();

@@ -7,8 +7,9 @@
 // Alt ("doubleTapOption") injected with XTest.
 #include "app/appdelegate.h"
 #include "base/notificationhub.h"
-#include "base/timers.h"
+#include "base/platformwords.h"
 #include "base/settingsstore.h"
+#include "base/timers.h"
 #include "bench/paintwatch.h"
 #include "bench/samples.h"
 #include "hotkey/hotkeymode.h"
@@ -84,7 +85,8 @@ int main(int argc, char** argv)
     QtTimers timers;
     QuietSearch search(platform.systemInfo());
     AppDelegate delegate(AppDelegate::Services{settings, hotkey, search.analytics, search.usage, platform.accessibility(),
-                                               platform.desktopWindows(), platform.workspace(), hub, timers, [] {}, {}, {},
+                                               platform.desktopWindows(), platform.workspace(), hub, timers,
+                                               PlatformWords::linuxDesktop(), [] {}, {}, {},
                                                QStringLiteral("kestrio"), {}, {}});
     delegate.applicationDidFinishLaunching();
 

@@ -1,6 +1,7 @@
 // Keystroke to repaint: the time from a key press in the search field until
 // the result list has painted the new ranking, for 2,000 and 20,000 items.
 // Types "findnext" a key at a time, then erases it, several rounds.
+#include "base/platformwords.h"
 #include "bench/samples.h"
 #include "menu/accessibilityservice.h"
 #include "platform/fake/fakeaccessibility.h"
@@ -68,7 +69,7 @@ int main(int argc, char** argv)
         FakeSystemInfo system;
         QuietSearch search(system);
         FakeAccessibility ax;
-        AccessibilityService reader(ax);
+        AccessibilityService reader(ax, PlatformWords::linuxDesktop().keys);
         SearchViewModel model(reader, RunningApplication{1, "Bench", "org.bench"}, [] {},
                               search.services([](const MenuItem&) { return true; }));
         while (model.isLoading())

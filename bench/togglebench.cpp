@@ -4,6 +4,7 @@
 // results, the command's own start-up included. For Wayland sessions, where
 // the toggle is how the panel opens; it works on X11 as well.
 #include "app/kestrioapp.h"
+#include "base/platformwords.h"
 #include "bench/paintwatch.h"
 #include "bench/samples.h"
 #include "menu/accessibilityservice.h"
@@ -40,7 +41,7 @@ int main(int argc, char** argv)
     workspace.startWatching();
 
     const int kRounds = rounds(12);
-    AccessibilityService reader(platform.accessibility());
+    AccessibilityService reader(platform.accessibility(), PlatformWords::linuxDesktop().keys);
     QuietSearch search(platform.systemInfo());
     std::unique_ptr<SearchPanelController> controller;
     std::optional<RunningApplication> target; // learned once: later the bench's own panel is in front

@@ -31,7 +31,7 @@ QString keyboardLayoutCharacter(quint16 position, const KeyboardLayout& layout);
 
 // The modifiers followed by the key's name, or the layout's character for it.
 QString shortcutText(const KeyChord& shortcut, const KeyboardLayout& layout,
-                     const KeyWords& words = PlatformWords::current().keys);
+                     const KeyWords& words);
 
 // The shortcut offered where the desktop watches it for Kestrio: Ctrl+Alt+Space.
 KeyChord defaultDesktopShortcut();

@@ -18,14 +18,14 @@ QString rawValue(HotkeyMode mode)
     return QStringLiteral("doubleTapCommand");
 }
 
-QString displayName(HotkeyMode mode)
+QString displayName(HotkeyMode mode, const PlatformWords& words)
 {
     switch (mode) {
-    case HotkeyMode::doubleTapAlt: return PlatformWords::current().doubleTapAlt;
+    case HotkeyMode::doubleTapAlt: return words.doubleTapAlt;
     case HotkeyMode::customShortcut: return QStringLiteral("Custom shortcut");
     case HotkeyMode::doubleTapCtrl: break;
     }
-    return PlatformWords::current().doubleTapCtrl;
+    return words.doubleTapCtrl;
 }
 
 std::optional<Modifier> watchedModifier(HotkeyMode mode)

@@ -8,6 +8,7 @@
 #include <optional>
 
 class SettingsStore;
+struct PlatformWords;
 
 // The gesture that opens the search panel, named for what the user presses.
 // Stored as the macOS build names them: a double tap of Command
@@ -19,7 +20,7 @@ enum class HotkeyMode { doubleTapCtrl, doubleTapAlt, customShortcut };
 QList<HotkeyMode> allHotkeyModes();
 
 QString rawValue(HotkeyMode mode);
-QString displayName(HotkeyMode mode);
+QString displayName(HotkeyMode mode, const PlatformWords& words);
 // The modifier whose double tap activates, none for a custom shortcut.
 std::optional<Modifier> watchedModifier(HotkeyMode mode);
 

@@ -8,11 +8,12 @@
 
 ShortcutRecorderButton::ShortcutRecorderButton(Binding<std::optional<KeyChord>> shortcut,
                                                Binding<bool> isRecording, const KeyboardLayout& layout,
-                                               QWidget* parent)
+                                               const KeyWords& words, QWidget* parent)
     : QPushButton(parent),
       shortcut_(std::move(shortcut)),
       isRecording_(std::move(isRecording)),
       layout_(layout),
+      words_(words),
       capture_(new ShortcutKeyCapture(layout, this))
 {
     setMinimumWidth(kMinimumWidth);
@@ -41,7 +42,7 @@ void ShortcutRecorderButton::refresh()
     else if (!shortcut)
         setText(QStringLiteral("Click to record"));
     else
-        setText(shortcutText(*shortcut, layout_));
+        setText(shortcutText(*shortcut, layout_, words_));
     styleLabel();
     capture_->setRecordingEnabled(recording);
     // Key presses come to this window while armed.

@@ -28,7 +28,7 @@ public:
     static constexpr int kMinimumWidth = 120;
 
     ShortcutRecorderButton(Binding<std::optional<KeyChord>> shortcut, Binding<bool> isRecording,
-                           const KeyboardLayout& layout, QWidget* parent = nullptr);
+                           const KeyboardLayout& layout, const KeyWords& words, QWidget* parent = nullptr);
 
     // Shows the bound values again and puts the capture in step with them.
     void refresh();
@@ -46,6 +46,7 @@ private:
     Binding<std::optional<KeyChord>> shortcut_;
     Binding<bool> isRecording_;
     const KeyboardLayout& layout_;
+    const KeyWords& words_;
     ShortcutKeyCapture* capture_;
     bool styling_ = false;
 };

@@ -13,6 +13,7 @@
 
 class Accessibility;
 class Clock;
+struct KeyWords;
 struct MenuNode;
 
 // The last complete reading of one application's menus.
@@ -33,8 +34,9 @@ public:
     // Readings and presses at once; a frozen application holds one for its time-outs.
     static constexpr int kMaxConcurrent = 16;
 
-    explicit AccessibilityService(Accessibility& accessibility);
-    AccessibilityService(Accessibility& accessibility, const Clock& wallClock);
+    // `keys` writes the items' shortcuts.
+    AccessibilityService(Accessibility& accessibility, const KeyWords& keys);
+    AccessibilityService(Accessibility& accessibility, const KeyWords& keys, const Clock& wallClock);
     ~AccessibilityService();
     AccessibilityService(const AccessibilityService&) = delete;
     AccessibilityService& operator=(const AccessibilityService&) = delete;
@@ -63,7 +65,8 @@ public:
     // left out, disabled commands stay (marked). With `emptySubmenus`, the
     // paths of submenus that held no command are added to it.
     static QList<MenuItem> menuItemsOf(const MenuTree& tree, const QString& appName,
-                                       const std::optional<QString>& bundleID, QStringList* emptySubmenus = nullptr);
+                                       const std::optional<QString>& bundleID, const KeyWords& keys,
+                                       QStringList* emptySubmenus = nullptr);
 
     std::optional<CachedMenuItems> cache() const;
     // Lives exactly as long as this reader: work queued on it for later (a
@@ -73,9 +76,11 @@ public:
 
 private:
     static void collect(const MenuNode& menu, const QStringList& path, const QString& appName,
-                        const std::optional<QString>& bundleID, QList<MenuItem>& result, QStringList* emptySubmenus);
+                        const std::optional<QString>& bundleID, const KeyWords& keys, QList<MenuItem>& result,
+                        QStringList* emptySubmenus);
 
     Accessibility& accessibility_;
+    const KeyWords& keys_;
     const Clock& clock_;
     mutable std::mutex cacheMutex_;
     std::optional<CachedMenuItems> cache_;

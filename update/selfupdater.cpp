@@ -83,6 +83,7 @@ struct SelfUpdater::Attempt {
 // What the installation step needs, copied so the background task owns it.
 struct SelfUpdater::InstallRequest {
     const UpdatePackaging* packaging = nullptr;
+    const PlatformWords* words = nullptr;
     QString archive;
     QByteArray signature;
     QString publicKey;
@@ -106,8 +107,9 @@ SelfUpdater::Environment SelfUpdater::builtInEnvironment(UpdatePackaging& packag
                        KESTRIO_UPDATE_MAX_BYTES, [releasePage] { QDesktopServices::openUrl(releasePage); }};
 }
 
-SelfUpdater::SelfUpdater(UpdatePackaging& packaging, Environment environment, QObject* parent)
-    : QObject(parent), packaging_(packaging), environment_(std::move(environment))
+SelfUpdater::SelfUpdater(UpdatePackaging& packaging, const PlatformWords& words, Environment environment,
+                         QObject* parent)
+    : QObject(parent), packaging_(packaging), words_(words), environment_(std::move(environment))
 {
     qRegisterMetaType<SelfUpdater::State>();
 }
@@ -316,6 +318,7 @@ void SelfUpdater::handleDownloadFinished(const std::optional<QString>& error)
     // after a success, the task after a failure.
     attempt->workspace->setAutoRemove(false);
     const InstallRequest request{&packaging_,
+                                 &words_,
                                  attempt->archive.fileName(),
                                  attempt->signature,
                                  environment_.publicKey,
@@ -339,7 +342,7 @@ void SelfUpdater::handleDownloadFinished(const std::optional<QString>& error)
 
 std::optional<QString> SelfUpdater::installUpdate(const InstallRequest& request)
 {
-    const PlatformWords& words = PlatformWords::current();
+    const PlatformWords& words = *request.words;
     std::optional<QString> staging;
     auto fail = [&](const QString& message) -> std::optional<QString> {
         if (staging)

@@ -12,6 +12,7 @@
 class QNetworkAccessManager;
 class QNetworkReply;
 class UpdatePackaging;
+struct PlatformWords;
 
 // Installs a newer release in place: downloads it with its signature into a
 // private folder, checks the signature and what the archive holds, unpacks it
@@ -54,7 +55,9 @@ public:
     // installation it came from, the maker's key and limits built in.
     static Environment builtInEnvironment(UpdatePackaging& packaging);
 
-    SelfUpdater(UpdatePackaging& packaging, Environment environment, QObject* parent = nullptr);
+    // `words` name the release's package in the failures.
+    SelfUpdater(UpdatePackaging& packaging, const PlatformWords& words, Environment environment,
+                QObject* parent = nullptr);
     ~SelfUpdater() override;
 
     const State& state() const { return state_; }
@@ -108,6 +111,7 @@ private:
     static std::optional<QString> installUpdate(const InstallRequest& request);
 
     UpdatePackaging& packaging_;
+    const PlatformWords& words_;
     Environment environment_;
     State state_;
     QNetworkAccessManager* network_ = nullptr;

@@ -49,7 +49,7 @@
 
 namespace {
 
-const PlatformWords& words = PlatformWords::current();
+const PlatformWords& words = PlatformWords::linuxDesktop();
 
 namespace E = FakeMenus;
 
@@ -76,6 +76,7 @@ protected:
     int settingsViews = 0;
     std::function<QWidget*()> makeSettingsView;
     bool tray = true;
+    const PlatformWords* shownWords = &words; // what the program hands its windows
     std::unique_ptr<AppDelegate> app;
 
     Controller()
@@ -87,7 +88,7 @@ protected:
     void launch()
     {
         app = std::make_unique<AppDelegate>(AppDelegate::Services{
-            settings.store(), hotkey, analytics, usage, ax, windows, workspace, hub, timers,
+            settings.store(), hotkey, analytics, usage, ax, windows, workspace, hub, timers, *shownWords,
             [this] { ++terminations; }, [this] { ++updateChecks; }, {}, QStringLiteral("kestrio"),
             [this] {
                 ++settingsViews;
@@ -126,7 +127,8 @@ protected:
     // What a real settings form works with, beside the controller's own.
     struct SettingsFormParts {
         TarUpdatePackaging packaging;
-        SelfUpdater updater{packaging, SelfUpdater::Environment{QDir::tempPath(), std::nullopt, 0, {}, {}, 0, {}}};
+        SelfUpdater updater{packaging, words,
+                            SelfUpdater::Environment{QDir::tempPath(), std::nullopt, 0, {}, {}, 0, {}}};
         FakeLoginItem login;
         FakeKeyboardLayout layout;
     };
@@ -138,7 +140,8 @@ protected:
         SettingsFormParts& parts = settingsFormParts.emplace();
         makeSettingsView = [this, &parts]() -> QWidget* {
             return new SettingsView(SettingsView::Services{settings.store(), hub, hotkey, app->accessibilityService(),
-                                                           usage, parts.updater, parts.login, parts.layout, {}, {}});
+                                                           usage, parts.updater, parts.login, parts.layout, *shownWords,
+                                                           {}, {}});
         };
         return parts;
     }
@@ -590,65 +593,97 @@ QStringList macOSWordsIn(const QStringList& texts)
 
 } // namespace
 
-// A Linux user reads Linux words everywhere: every window in every state,
-// hidden parts included, and the tray menu's every row.
-TEST_F(Controller, NoWindowNamesAMacOSThing)
-{
-    ax.addApplication(42, E::menuBar({E::menu(
-                              "File", {E::withShortcut(E::item("Save As…"), KeyChord{Modifier::ctrl | Modifier::shift, Key{0, std::nullopt, "s"}})})}));
-    useSettingsForm();
-    saveCustomShortcut(KeyChord{Modifier::ctrl | Modifier::alt | Modifier::shift | Modifier::super, Key::at(57)},
-                       settings.store());
-    keyboard.trusted = false;
-    ax.trusted = false;
-    launch();
-    QStringList texts;
-    ASSERT_TRUE(app->onboardingWindow());
-    texts << textsOf(app->onboardingWindow());
-    ax.trusted = true;
-    keyboard.trusted = true;
-    timers.advance(OnboardingView::kPollMs); // the welcome's next look finds the permission granted
-    QCoreApplication::processEvents();
-    texts << textsOf(app->onboardingWindow());
+// Every window in every state, hidden parts included, and the tray menu's
+// every row, as the program shows them in `shown`'s words.
+class EveryText : public Controller {
+protected:
+    // `saveAsShortcut`: how the words write Ctrl+Shift+S.
+    void collect(const PlatformWords& shown, const QString& saveAsShortcut)
+    {
+        shownWords = &shown;
+        const KeyChord saveAs{Modifier::ctrl | Modifier::shift, Key{0, std::nullopt, "s"}};
+        ax.addApplication(42, E::menuBar({E::menu("File", {E::withShortcut(E::item("Save As…"), saveAs)})}));
+        useSettingsForm();
+        saveCustomShortcut(KeyChord{Modifier::ctrl | Modifier::alt | Modifier::shift | Modifier::super, Key::at(57)},
+                           settings.store());
+        keyboard.trusted = false;
+        ax.trusted = false;
+        launch();
+        ASSERT_TRUE(app->onboardingWindow());
+        texts << textsOf(app->onboardingWindow());
+        ax.trusted = true;
+        keyboard.trusted = true;
+        timers.advance(OnboardingView::kPollMs); // the welcome's next look finds the permission granted
+        QCoreApplication::processEvents();
+        texts << textsOf(app->onboardingWindow());
 
-    for (HotkeyMode mode : allHotkeyModes()) {
-        hotkey.setMode(mode);
-        hub.postHotkeyModeChanged();
+        for (HotkeyMode mode : allHotkeyModes()) {
+            hotkey.setMode(mode);
+            hub.postHotkeyModeChanged();
+            app->rebuildStatusMenu();
+            texts << textsOf(app->statusMenu());
+        }
+        keyboard.trusted = false;
+        hotkey.start();
         app->rebuildStatusMenu();
         texts << textsOf(app->statusMenu());
+        keyboard.trusted = true;
+        hotkey.start();
+        hub.postUpdateAvailable(
+            UpdateCheckResult{"2.1.0", std::nullopt, QUrl("https://example.invalid/k.tar.gz"), std::nullopt, true});
+        texts << textsOf(app->statusMenu());
+
+        app->openSettings();
+        ASSERT_TRUE(app->settingsWindow());
+        texts << textsOf(app->settingsWindow());
+        settings.store().setBool(SettingsKey::hideMenuBarIcon, true);
+        hub.postMenuBarIconVisibilityChanged();
+        texts << textsOf(app->settingsWindow());
+        app->openAbout();
+        ASSERT_TRUE(app->aboutWindow());
+        texts << textsOf(app->aboutWindow());
+
+        app->toggleSearchPanel();
+        ASSERT_TRUE(app->searchPanelController() && app->searchPanelController()->panel());
+        QWidget* panel = app->searchPanelController()->panel();
+        texts << textsOf(panel); // reading
+        ASSERT_TRUE(eventually([&] { return textsOf(panel).contains(saveAsShortcut); }));
+        texts << textsOf(panel);
+        QTest::keyClicks(QApplication::focusWidget(), "zzzq");
+        texts << textsOf(panel); // nothing matches
     }
-    keyboard.trusted = false;
-    hotkey.start();
-    app->rebuildStatusMenu();
-    texts << textsOf(app->statusMenu());
-    keyboard.trusted = true;
-    hotkey.start();
-    hub.postUpdateAvailable(UpdateCheckResult{"2.1.0", std::nullopt, QUrl("https://example.invalid/k.tar.gz"), std::nullopt, true});
-    texts << textsOf(app->statusMenu());
 
-    app->openSettings();
-    ASSERT_TRUE(app->settingsWindow());
-    texts << textsOf(app->settingsWindow());
-    settings.store().setBool(SettingsKey::hideMenuBarIcon, true);
-    hub.postMenuBarIconVisibilityChanged();
-    texts << textsOf(app->settingsWindow());
-    app->openAbout();
-    ASSERT_TRUE(app->aboutWindow());
-    texts << textsOf(app->aboutWindow());
+    QStringList texts;
+};
 
-    app->toggleSearchPanel();
-    ASSERT_TRUE(app->searchPanelController() && app->searchPanelController()->panel());
-    QWidget* panel = app->searchPanelController()->panel();
-    texts << textsOf(panel); // reading
-    ASSERT_TRUE(eventually([&] { return textsOf(panel).contains("Ctrl+Shift+S"); }));
-    texts << textsOf(panel);
-    QTest::keyClicks(QApplication::focusWidget(), "zzzq");
-    texts << textsOf(panel); // nothing matches
-
+// A Linux user reads Linux words everywhere.
+TEST_F(EveryText, NoWindowNamesAMacOSThing)
+{
+    collect(PlatformWords::linuxDesktop(), "Ctrl+Shift+S");
+    if (HasFatalFailure())
+        return;
     EXPECT_GT(texts.size(), 100);
     EXPECT_EQ(macOSWordsIn(texts), QStringList());
     EXPECT_TRUE(texts.contains(words.doubleTapCtrl));
     EXPECT_TRUE(texts.contains("Super+Ctrl+Alt+Shift+Space"));
+}
+
+// The words come from the program's root alone: no window, row or shortcut
+// picks its own.
+TEST_F(EveryText, EveryWindowSpeaksTheWordsItIsHanded)
+{
+    const PlatformWords& mac = PlatformWords::macOS();
+    collect(mac, "⇧⌘S");
+    if (HasFatalFailure())
+        return;
+    const PlatformWords& linuxDesktop = PlatformWords::linuxDesktop();
+    for (const QString& linuxOnly :
+         {linuxDesktop.doubleTapCtrl, linuxDesktop.hotkeyInactiveMenuRow, linuxDesktop.grantPermission,
+          linuxDesktop.permissionMissing, linuxDesktop.hideIcon, QStringLiteral("Ctrl+Shift+S")})
+        EXPECT_FALSE(texts.contains(linuxOnly)) << linuxOnly.toStdString();
+    for (const QString& macWords : {mac.doubleTapCtrl, mac.hotkeyInactiveMenuRow, mac.grantPermission,
+                                    mac.permissionMissing, mac.hideIcon, QStringLiteral("⌃⌥⇧⌘Space")})
+        EXPECT_TRUE(texts.contains(macWords)) << macWords.toStdString();
 }
 
 // Without a tray the icon, and the menu behind it, are nowhere: the welcome

@@ -1,8 +1,8 @@
 #include "app/desktopshortcutpanel.h"
 #include "app/formsection.h"
+#include "app/settingsview.h"
 #include "base/notificationhub.h"
 #include "base/platformwords.h"
-#include "app/settingsview.h"
 #include "base/styledlabel.h"
 #include "hotkey/hotkeyservice.h"
 #include "hotkey/shortcutrecorderbutton.h"
@@ -14,10 +14,10 @@
 #include "platform/fake/fakeloginitem.h"
 #include "platform/linux/tarupdatepackaging.h"
 #include "search/usagetracker.h"
-#include "update/installmarker.h"
 #include "support/eventually.h"
 #include "support/loopbackhttpserver.h"
 #include "support/tempsettings.h"
+#include "update/installmarker.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -36,7 +36,7 @@
 
 namespace {
 
-const PlatformWords& words = PlatformWords::current();
+const PlatformWords& words = PlatformWords::linuxDesktop();
 
 using Check = SettingsView::UpdateCheckState;
 using UpdaterState = SelfUpdater::State;
@@ -50,7 +50,7 @@ protected:
     FakeClock clock;
     HotkeyService hotkey{keyboard, store, clock};
     FakeAccessibility ax;
-    AccessibilityService accessibility{ax};
+    AccessibilityService accessibility{ax, PlatformWords::linuxDesktop().keys};
     UsageTracker usage{store};
     TarUpdatePackaging packaging;
     QTemporaryDir temporary;
@@ -81,12 +81,13 @@ protected:
     void open()
     {
         updater = std::make_unique<SelfUpdater>(
-            packaging, SelfUpdater::Environment{temporary.path(), installation, QCoreApplication::applicationPid(), {},
+            packaging, words,
+            SelfUpdater::Environment{temporary.path(), installation, QCoreApplication::applicationPid(), {},
                                      // a key of the right form; nothing in these tests gets as far as checking with it
                                      QString::fromLatin1(QByteArray("Ed" + QByteArray(40, '\x01')).toBase64()),
                                      1 << 20, {}});
         view = std::make_unique<SettingsView>(SettingsView::Services{
-            store, hub, hotkey, accessibility, usage, *updater, login, layout,
+            store, hub, hotkey, accessibility, usage, *updater, login, layout, words,
             [this](SettingsView::UpdateCompletion done) { pendingChecks.push_back(std::move(done)); },
             [this] { ++terminations; }});
         view->resize(440, 520);

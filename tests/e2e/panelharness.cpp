@@ -1,6 +1,7 @@
 // Opens the search panel over the active application, as the hotkey would,
 // and reports what the panel shows as JSON lines on standard output.
 //   kestrio-panel-harness [--delay-reading MS]
+#include "base/platformwords.h"
 #include "menu/accessibilityservice.h"
 #include "platform/accessibility.h"
 #include "platform/desktopwindows.h"
@@ -71,7 +72,7 @@ int main(int argc, char** argv)
     const QStringList args = app.arguments();
     const int delay = args.contains("--delay-reading") ? args.value(args.indexOf("--delay-reading") + 1).toInt() : 0;
     SlowAccessibility ax(platform.accessibility(), delay);
-    AccessibilityService reader(ax);
+    AccessibilityService reader(ax, PlatformWords::linuxDesktop().keys);
     // Opened the moment it starts: the desktop's windows must have been read once.
     if (auto* x11 = dynamic_cast<X11Windows*>(&platform.windowDirectory()))
         x11->waitForFirstReading(5000);

@@ -8,10 +8,11 @@
 #include "app/aboutview.h"
 #include "app/appearancetheme.h"
 #include "app/onboardingview.h"
-#include "base/timers.h"
 #include "app/settingsview.h"
 #include "base/notificationhub.h"
+#include "base/platformwords.h"
 #include "base/settingsstore.h"
+#include "base/timers.h"
 #include "hotkey/hotkeyservice.h"
 #include "hotkey/shortcutrecorderbutton.h"
 #include "menu/accessibilityservice.h"
@@ -92,9 +93,10 @@ int main(int argc, char** argv)
     if (scene == QLatin1String("onboarding")) {
         static FakeAccessibility untrusted; // as before the user grants the permission
         untrusted.trusted = false;
-        static AccessibilityService service(untrusted);
+        static AccessibilityService service(untrusted, PlatformWords::linuxDesktop().keys);
         static QtTimers timers;
-        window(QStringLiteral("Welcome to Kestrio"), QSize(480, 360), new OnboardingView(service, timers, [] {}));
+        window(QStringLiteral("Welcome to Kestrio"), QSize(480, 360),
+               new OnboardingView(PlatformWords::linuxDesktop(), service, timers, [] {}));
         QTimer::singleShot(500, &app, [] { report({{"ready", true}}); });
         return app.exec();
     }
@@ -119,7 +121,7 @@ int main(int argc, char** argv)
     NotificationHub hub;
     HotkeyService hotkey(platform.hotkeys(), store, Clock::monotonic());
     hotkey.start();
-    AccessibilityService accessibility(platform.accessibility());
+    AccessibilityService accessibility(platform.accessibility(), PlatformWords::linuxDesktop().keys);
     UsageTracker usage(store);
     usage.recordUsage(QStringLiteral("org.xfce.mousepad"), QStringLiteral("File → Save"));
     // A marked installation and a download that stalls half-way, so the
@@ -127,7 +129,7 @@ int main(int argc, char** argv)
     const QString installation = folder.filePath(QStringLiteral("Kestrio.app"));
     QDir().mkpath(installation);
     InstallMarker{QStringLiteral("Kestrio"), QStringLiteral("1.0.0"), {}}.write(installation);
-    SelfUpdater updater(platform.updatePackaging(),
+    SelfUpdater updater(platform.updatePackaging(), PlatformWords::linuxDesktop(),
                         SelfUpdater::Environment{folder.path(), installation, QCoreApplication::applicationPid(), [] {},
                                                  QString::fromLatin1(QByteArray("Ed" + QByteArray(40, '\x01')).toBase64()),
                                                  1 << 20, [] {}});
@@ -136,6 +138,7 @@ int main(int argc, char** argv)
     download.paths["/Kestrio-9.9.9.tar.gz.minisig"] = {200, "signature"};
     auto* view = new SettingsView(SettingsView::Services{
         store, hub, hotkey, accessibility, usage, updater, platform.loginItem(), platform.keyboardLayout(),
+        PlatformWords::linuxDesktop(),
         [&download](SettingsView::UpdateCompletion done) {
             QTimer::singleShot(300, [done, url = download.url(QStringLiteral("/Kestrio-9.9.9.tar.gz"))] {
                 done(UpdateCheckResult{QStringLiteral("9.9.9"), std::nullopt, url, std::nullopt, true});

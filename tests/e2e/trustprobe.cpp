@@ -8,6 +8,7 @@
 //
 // With --press, the item of the application NAME is pressed once, as soon as
 // it can be read.
+#include "base/platformwords.h"
 #include "menu/accessibilityservice.h"
 #include "platform/linux/atspi/atspiaccessibility.h"
 #include "platform/linux/linuxplatform.h"
@@ -31,7 +32,7 @@ int main(int argc, char** argv)
     bool pressed = pressName.isEmpty();
 
     auto& ax = static_cast<AtspiAccessibility&>(platform.accessibility());
-    AccessibilityService service(ax);
+    AccessibilityService service(ax, PlatformWords::linuxDesktop().keys);
     QJsonObject last;
     QTimer poll;
     QObject::connect(&poll, &QTimer::timeout, [&] {

@@ -5,6 +5,7 @@
 // with 0 once the updater hands over to its script, 1 when it fails.
 //   kestrio-update-harness MANIFEST_URL INSTALLATION PUBLIC_KEY
 #include "base/notificationhub.h"
+#include "base/platformwords.h"
 #include "base/settingsstore.h"
 #include "platform/clock.h"
 #include "platform/linux/linuxplatform.h"
@@ -48,7 +49,7 @@ int main(int argc, char** argv)
 
     const QString workspaces = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) + "/kestrio";
     QDir().mkpath(workspaces);
-    SelfUpdater updater(platform.updatePackaging(),
+    SelfUpdater updater(platform.updatePackaging(), PlatformWords::linuxDesktop(),
                         SelfUpdater::Environment{workspaces, args[2], QCoreApplication::applicationPid(),
                                                  [] { QCoreApplication::exit(0); }, args[3], qint64(1) << 30,
                                                  [] { report({{"releasePage", true}}); }});

@@ -1,6 +1,7 @@
 // Feeds arbitrary key-binding texts (what another application answers to
 // GetKeyBinding) and item names, which may carry a drawn shortcut after a
 // tab, to the translations and the shortcut texts.
+#include "base/platformwords.h"
 #include "menu/shortcuttext.h"
 #include "platform/linux/keybinding/keybinding.h"
 
@@ -20,7 +21,7 @@ void check(const std::optional<KeyChord>& key)
         std::abort();
     if (key->key.named && int(*key->key.named) >= int(NamedKey::f1) + kFunctionKeys)
         std::abort();
-    if (shortcutText(*key).isEmpty())
+    if (shortcutText(*key, PlatformWords::linuxDesktop().keys).isEmpty())
         std::abort();
 }
 

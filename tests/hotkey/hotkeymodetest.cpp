@@ -1,3 +1,4 @@
+#include "base/platformwords.h"
 #include "hotkey/hotkeymode.h"
 #include "support/tempsettings.h"
 
@@ -12,9 +13,14 @@ TEST(HotkeyMode, RawValuesDisplayNamesAndWatchedModifiers)
     EXPECT_EQ(rawValue(modes[0]), "doubleTapCommand");
     EXPECT_EQ(rawValue(modes[1]), "doubleTapOption");
     EXPECT_EQ(rawValue(modes[2]), "customShortcut");
-    EXPECT_EQ(displayName(modes[0]), "Double-tap Ctrl");
-    EXPECT_EQ(displayName(modes[1]), "Double-tap Alt");
-    EXPECT_EQ(displayName(modes[2]), "Custom shortcut");
+    const PlatformWords& linuxDesktop = PlatformWords::linuxDesktop();
+    EXPECT_EQ(displayName(modes[0], linuxDesktop), "Double-tap Ctrl");
+    EXPECT_EQ(displayName(modes[1], linuxDesktop), "Double-tap Alt");
+    EXPECT_EQ(displayName(modes[2], linuxDesktop), "Custom shortcut");
+    const PlatformWords& mac = PlatformWords::macOS();
+    EXPECT_EQ(displayName(modes[0], mac), "Double-tap ⌘ Command");
+    EXPECT_EQ(displayName(modes[1], mac), "Double-tap ⌥ Option");
+    EXPECT_EQ(displayName(modes[2], mac), "Custom shortcut");
     EXPECT_EQ(watchedModifier(modes[0]), Modifier::ctrl);
     EXPECT_EQ(watchedModifier(modes[1]), Modifier::alt);
     EXPECT_EQ(watchedModifier(modes[2]), std::nullopt);

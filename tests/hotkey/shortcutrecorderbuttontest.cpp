@@ -1,3 +1,4 @@
+#include "base/platformwords.h"
 #include "hotkey/hotkeymode.h"
 #include "hotkey/shortcutkeycapture.h"
 #include "hotkey/shortcutrecorderbutton.h"
@@ -42,7 +43,7 @@ protected:
         layout.scanCodes = {{scanA, kA}, {scanK, kK}, {scanSpace, kSpace}, {scanEscape, kEscape}, {scanBackSpace, kBackSpace}, {scanShift, kShift}};
         button = new ShortcutRecorderButton({[this] { return shortcut; }, [this](const auto& s) { shortcut = s; }},
                                             {[this] { return recording; }, [this](const bool& r) { recording = r; }},
-                                            layout, &window);
+                                            layout, PlatformWords::linuxDesktop().keys, &window);
         auto* column = new QVBoxLayout(&window);
         column->addWidget(field);
         column->addWidget(button);
@@ -172,7 +173,7 @@ TEST_F(Recorder, TheRecordedKeysReleaseReachesNobody)
                                                  hostButton->refresh(); // re-rendered while still armed
                                              }},
                                             {[this] { return recording; }, [this](const bool& r) { recording = r; }},
-                                            layout, &window);
+                                            layout, PlatformWords::linuxDesktop().keys, &window);
     hostButton = host;
     window.layout()->addWidget(host);
     host->show();

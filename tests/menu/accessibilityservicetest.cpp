@@ -1,4 +1,5 @@
 #include "menu/accessibilityservice.h"
+#include "base/platformwords.h"
 #include "platform/fake/fakeaccessibility.h"
 #include "platform/fake/fakeclock.h"
 #include "support/eventually.h"
@@ -61,7 +62,7 @@ class AccessibilityServiceTest : public testing::Test {
 protected:
     FakeAccessibility ax;
     FakeClock clock;
-    AccessibilityService service{ax, clock};
+    AccessibilityService service{ax, PlatformWords::linuxDesktop().keys, clock};
 
     void addEditor(std::initializer_list<MenuNode> menus, qint32 pid = kPid) { ax.addApplication(pid, E::menuBar(menus)); }
 };
@@ -261,7 +262,7 @@ TEST(AccessibilityServiceLifetime, GoingWhileReadingsRunIsSafe)
     int delivered = 0;
     {
         auto receiver = std::make_unique<QObject>();
-        AccessibilityService service(ax);
+        AccessibilityService service(ax, PlatformWords::linuxDesktop().keys);
         for (int i = 0; i < 3; ++i)
             service.readMenuItems(RunningApplication{7, "Frozen", std::nullopt}, receiver.get(),
                                   [&](const QList<MenuItem>&) { ++delivered; });
@@ -288,7 +289,7 @@ TEST(AccessibilityServiceLifetime, QuittingStopsAReadingThatWouldNeverEnd)
     QObject receiver;
     int delivered = 0;
     {
-        AccessibilityService service(ax);
+        AccessibilityService service(ax, PlatformWords::linuxDesktop().keys);
         service.readMenuItems(RunningApplication{7, "Frozen", std::nullopt}, &receiver,
                               [&](const QList<MenuItem>&) { ++delivered; });
         QThread::msleep(50); // under way

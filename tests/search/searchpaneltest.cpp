@@ -1,3 +1,4 @@
+#include "base/platformwords.h"
 #include "menu/accessibilityservice.h"
 #include "platform/fake/fakeaccessibility.h"
 #include "platform/fake/fakeclock.h"
@@ -78,7 +79,7 @@ protected:
     AnalyticsService& analytics = telemetry.analytics;
     UsageTracker usage{settings.store()};
     FakeAccessibility ax;
-    AccessibilityService reader{ax};
+    AccessibilityService reader{ax, PlatformWords::linuxDesktop().keys};
     FakeDesktopWindows windows;
     QStringList pressed;
     std::unique_ptr<SearchPanelController> controller;

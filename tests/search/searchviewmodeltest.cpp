@@ -1,3 +1,4 @@
+#include "base/platformwords.h"
 #include "menu/accessibilityservice.h"
 #include "platform/fake/fakeaccessibility.h"
 #include "platform/fake/fakeclock.h"
@@ -5,8 +6,8 @@
 #include "search/searchviewmodel.h"
 #include "search/usagetracker.h"
 #include "support/eventually.h"
-#include "support/testtelemetry.h"
 #include "support/tempsettings.h"
+#include "support/testtelemetry.h"
 #include "telemetry/analyticsservice.h"
 #include "telemetry/crashreporter.h"
 
@@ -31,7 +32,7 @@ protected:
     AnalyticsService& analytics = telemetry.analytics;
     UsageTracker usage{settings.store()};
     FakeAccessibility ax;
-    AccessibilityService reader{ax};
+    AccessibilityService reader{ax, PlatformWords::linuxDesktop().keys};
     int dismissals = 0;
     QList<QString> pressed;
     QThread* pressedOn = nullptr;

@@ -1,3 +1,4 @@
+#include "base/platformwords.h"
 #include "platform/linux/tarupdatepackaging.h"
 #include "support/eventually.h"
 #include "support/loopbackhttpserver.h"
@@ -103,7 +104,7 @@ protected:
 
     void start(const QUrl& url, const QString& version = kOffered)
     {
-        updater = std::make_unique<SelfUpdater>(packaging, environment);
+        updater = std::make_unique<SelfUpdater>(packaging, PlatformWords::linuxDesktop(), environment);
         QObject::connect(updater.get(), &SelfUpdater::stateChanged, [this](const State& s) { states << s; });
         updater->startUpdate(url, version);
     }
