@@ -35,8 +35,14 @@ const QString kIsEnabled = QStringLiteral("IsEnabled");
 AtspiAccessibility::AtspiAccessibility(WindowDirectory& windows, bool watchFocus)
     : windows_(windows), bus_([this] { return windows_.announcedAccessibilityBus(); }), applications_(bus_, pool_)
 {
-    if (watchFocus)
+    if (watchFocus) {
         focusWatch_ = std::make_unique<AtspiFocusWatch>(bus_);
+        // A focused process is named once the bus's list of applications
+        // holds it, which may be a moment after its announcement: the front
+        // application is worth asking for again then.
+        QObject::connect(&applications_, &AtspiApplications::changed, focusWatch_.get(),
+                         &AtspiFocusWatch::focusChanged);
+    }
     // Readings of frozen applications each hold a thread for a time-out; the
     // few jobs here are short, so a handful of threads never queue behind them.
     pool_.setMaxThreadCount(4);
