@@ -152,29 +152,6 @@ void AppDelegate::toggleFromCommand(const QString& activationToken)
     toggleSearchPanel();
 }
 
-void AppDelegate::toggleOnceTheFrontIsKnown(const QString& activationToken)
-{
-    refreshLastActiveApp();
-    if (lastActiveApp_) {
-        toggleFromCommand(activationToken);
-        return;
-    }
-    // Whichever comes first: word of the front application, or the wait's end.
-    auto* waiting = new QObject(this);
-    auto open = [this, waiting, activationToken] {
-        if (!waiting->parent())
-            return;
-        waiting->setParent(nullptr);
-        waiting->deleteLater();
-        toggleFromCommand(activationToken);
-    };
-    connect(&services_.workspace, &Workspace::applicationActivated, waiting, [this, open] {
-        if (lastActiveApp_)
-            open();
-    });
-    services_.timers.after(kFrontWaitMs, waiting, open);
-}
-
 void AppDelegate::refreshLastActiveApp()
 {
     const std::optional<RunningApplication> front = services_.workspace.frontmostApplication();
@@ -234,6 +211,40 @@ void AppDelegate::toggleSearchPanel()
         showOnboarding();
         return;
     }
+    if (!lastActiveApp_) {
+        refreshLastActiveApp();
+        // A panel over no application would list nothing and stay empty.
+        if (!lastActiveApp_ && !frontWait_) {
+            openOnceTheFrontIsKnown();
+            return;
+        }
+    }
+    openSearchPanel();
+}
+
+void AppDelegate::openOnceTheFrontIsKnown()
+{
+    auto* waiting = new QObject(this);
+    frontWait_ = waiting;
+    // Whichever comes first: word of the front application, or the wait's end.
+    auto open = [this, waiting] {
+        if (frontWait_ != waiting)
+            return;
+        openSearchPanel();
+    };
+    connect(&services_.workspace, &Workspace::applicationActivated, waiting, [this, open] {
+        if (lastActiveApp_)
+            open();
+    });
+    services_.timers.after(kFrontWaitMs, waiting, open);
+}
+
+void AppDelegate::openSearchPanel()
+{
+    // A second toggle while waiting opens at once; the wait is over.
+    if (frontWait_)
+        frontWait_->deleteLater();
+    frontWait_ = nullptr;
     const SearchServices search = searchServices_ ? *searchServices_ : SearchServices{&services_.usage, &services_.analytics, {}};
     auto controller = std::make_unique<SearchPanelController>(accessibilityService_, lastActiveApp_, services_.windows, search);
     controller->show();

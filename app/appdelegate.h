@@ -62,8 +62,8 @@ public:
 
     // A tray host started with the session may come up a little after Kestrio.
     static constexpr int kTrayGraceMs = 3000;
-    // How long a toggle that started the program waits to learn which
-    // application is in front before it opens the panel anyway.
+    // How long a toggle waits to learn which application is in front, when no
+    // application has been in front yet, before it opens the panel anyway.
     static constexpr int kFrontWaitMs = 2000;
 
     explicit AppDelegate(Services services, QObject* parent = nullptr);
@@ -76,12 +76,11 @@ public:
     // `kestrio --toggle` and its D-Bus twin, with the desktop's permission
     // for the panel to take the focus.
     void toggleFromCommand(const QString& activationToken);
-    // The same for the toggle that started the program: the desktop tells
-    // which application is in front a moment after start, so the panel opens
-    // once it has (or after kFrontWaitMs).
-    void toggleOnceTheFrontIsKnown(const QString& activationToken);
 
-    // Status-menu actions.
+    // Status-menu actions. Just after start the desktop may not have told yet
+    // which application is in front (under Wayland it tells a moment later):
+    // the panel then opens once it has, or after kFrontWaitMs, or at a second
+    // toggle, whichever comes first.
     void toggleSearchPanel();
     void openAccessibilitySettings();
     void quitApp();
@@ -121,6 +120,8 @@ private:
     void checkTray();
     bool hasTray() const;
     void showOnboarding();
+    void openSearchPanel();
+    void openOnceTheFrontIsKnown();
 
     Services services_;
     std::unique_ptr<StatusItem> statusItem_;
@@ -129,6 +130,7 @@ private:
     ProgramWindows windows_;
     QPointer<OnboardingView> onboardingView_;
     std::optional<RunningApplication> lastActiveApp_;
+    QPointer<QObject> frontWait_; // while a toggle waits for the front application
     std::optional<UpdateCheckResult> pendingUpdate_;
     std::unique_ptr<SearchServices> searchServices_;
 };

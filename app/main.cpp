@@ -102,7 +102,7 @@ int main(int argc, char** argv)
         // Started by the toggle itself: open once it is known whether the
         // menus may be read, rather than show the welcome by mistake.
         accessibility.afterTrustIsKnown(&delegate, [&delegate, token = request.activationToken] {
-            delegate.toggleOnceTheFrontIsKnown(token);
+            delegate.toggleFromCommand(token);
         });
     }
     return app.exec();
