@@ -86,7 +86,7 @@ QList<MenuItem> AccessibilityService::getMenuItems(const std::optional<RunningAp
     const std::optional<MenuTree> tree = accessibility_.readMenus(pid, window);
     if (!tree)
         return {};
-    const QList<MenuItem> result = menuItemsOf(*tree, appName, bundleID, keys_, emptySubmenus);
+    const QList<MenuItem> result = menuItemsOf(*tree, appName, bundleID, emptySubmenus);
     // A reading the application left half-done is shown, but not kept as its menus.
     if (!tree->complete)
         return result;
@@ -96,20 +96,20 @@ QList<MenuItem> AccessibilityService::getMenuItems(const std::optional<RunningAp
 }
 
 QList<MenuItem> AccessibilityService::menuItemsOf(const MenuTree& tree, const QString& appName,
-                                                  const std::optional<QString>& bundleID, const KeyWords& keys,
-                                                  QStringList* emptySubmenus)
+                                                  const std::optional<QString>& bundleID,
+                                                  QStringList* emptySubmenus) const
 {
     QList<MenuItem> result;
     for (const MenuNode& menu : tree.menus) {
         if (menu.isMenu() && !menu.title.isEmpty())
-            collect(menu, {menu.title}, appName, bundleID, keys, result, emptySubmenus);
+            collect(menu, {menu.title}, appName, bundleID, result, emptySubmenus);
     }
     return result;
 }
 
 void AccessibilityService::collect(const MenuNode& menu, const QStringList& path, const QString& appName,
-                                   const std::optional<QString>& bundleID, const KeyWords& keys,
-                                   QList<MenuItem>& result, QStringList* emptySubmenus)
+                                   const std::optional<QString>& bundleID, QList<MenuItem>& result,
+                                   QStringList* emptySubmenus) const
 {
     for (const MenuNode& child : menu.children) {
         if (child.kind == MenuNode::Kind::separator || child.title.isEmpty())
@@ -117,13 +117,13 @@ void AccessibilityService::collect(const MenuNode& menu, const QStringList& path
         const QStringList childPath = path + QStringList{child.title};
         if (child.isMenu()) {
             const qsizetype before = result.size();
-            collect(child, childPath, appName, bundleID, keys, result, emptySubmenus);
+            collect(child, childPath, appName, bundleID, result, emptySubmenus);
             if (emptySubmenus && result.size() == before)
                 emptySubmenus->append(childPath.join(kMenuPathSeparator));
             continue;
         }
         const std::optional<QString> shortcut =
-            child.shortcut ? std::optional(shortcutText(*child.shortcut, keys)) : std::nullopt;
+            child.shortcut ? std::optional(shortcutText(*child.shortcut, keys_)) : std::nullopt;
         result.append(MenuItem{QUuid::createUuid(), child.title, childPath, shortcut, child.enabled, appName, bundleID,
                                child.handle});
     }

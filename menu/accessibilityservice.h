@@ -60,14 +60,6 @@ public:
 
     void openAccessibilitySettings();
 
-    // The commands of one read menu tree, depth first: menus give their
-    // titles to the paths below them, separators and untitled entries are
-    // left out, disabled commands stay (marked). With `emptySubmenus`, the
-    // paths of submenus that held no command are added to it.
-    static QList<MenuItem> menuItemsOf(const MenuTree& tree, const QString& appName,
-                                       const std::optional<QString>& bundleID, const KeyWords& keys,
-                                       QStringList* emptySubmenus = nullptr);
-
     std::optional<CachedMenuItems> cache() const;
     // Lives exactly as long as this reader: work queued on it for later (a
     // delayed press) goes with the reader.
@@ -75,9 +67,14 @@ public:
     Accessibility& accessibility() { return accessibility_; }
 
 private:
-    static void collect(const MenuNode& menu, const QStringList& path, const QString& appName,
-                        const std::optional<QString>& bundleID, const KeyWords& keys, QList<MenuItem>& result,
-                        QStringList* emptySubmenus);
+    // The commands of one read menu tree, depth first: menus give their
+    // titles to the paths below them, separators and untitled entries are
+    // left out, disabled commands stay (marked). With `emptySubmenus`, the
+    // paths of submenus that held no command are added to it.
+    QList<MenuItem> menuItemsOf(const MenuTree& tree, const QString& appName, const std::optional<QString>& bundleID,
+                                QStringList* emptySubmenus) const;
+    void collect(const MenuNode& menu, const QStringList& path, const QString& appName,
+                 const std::optional<QString>& bundleID, QList<MenuItem>& result, QStringList* emptySubmenus) const;
 
     Accessibility& accessibility_;
     const KeyWords& keys_;
